@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QDir>
+#include <QObject>
+#include <QString>
+#include <cstdarg>
+
+/// An agent around an object of a library that is not linked: it calls the object's invokable
+/// methods by name through the meta-object system and traces every step of a call into the suite's
+/// log, when the suite's temporary directory exists.
+///
+/// GUI thread only.
+class Q_Dispatch : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `target` is borrowed and may be null; it must outlive the agent or be replaced before.
+    explicit Q_Dispatch(QObject *target = nullptr, QObject *parent = nullptr);
+    ~Q_Dispatch() override;
+
+    /// The directory that holds the trace log. It is never created here.
+    void setLogDirectory(const QDir &directory);
+    void setTarget(QObject *target);
+    QObject *target() const;
+
+    /// Calls the first method named `methodName` (blanks around it are ignored; overloads are not
+    /// told apart) on the target. `result` is the address of a variable of the method's return
+    /// type, or null when the return value is not wanted; each further argument is the address of
+    /// one argument value, in the method's parameter order. Count and pointed-to types are trusted.
+    ///
+    /// Nothing is reported: without a target, with an unknown method, or with a parameter type
+    /// that is not accepted, `*result` stays as the caller preset it.
+    void invokeHelper(const QString &methodName, void *result, ...);
+    void invokeHelperV(const QString &methodName, void *result, va_list args);
+
+    /// Appends one line "hh:mm:ss: message" to "tessera_core.log" in the log directory. Without
+    /// the directory, or where the file is no regular file of its own, it does nothing.
+    void Corelog(const QString &message);
+
+    /// Whether a method with a parameter of this type can be called: a name of the fixed list, or
+    /// one that ends in "*" or "]". `typeName` is as the meta-object reports it.
+    static bool acceptsParameterType(const QByteArray &typeName);
+
+private:
+    QDir m_logDirectory;
+    QObject *m_target;
+};
+
+/// Base of the agents around components that the core creates.
+class Q_ComponentLib : public Q_Dispatch
+{
+    Q_OBJECT
+
+public:
+    using Q_Dispatch::Q_Dispatch;
+};
+
+/// The agent around the core object itself.
+class PXSignatureCoreAgent : public Q_Dispatch
+{
+    Q_OBJECT
+
+public:
+    using Q_Dispatch::Q_Dispatch;
+};
+
+/// The agent around the signature-manager component.
+class PXSignatureManagerAgent : public Q_ComponentLib
+{
+    Q_OBJECT
+
+public:
+    using Q_ComponentLib::Q_ComponentLib;
+};

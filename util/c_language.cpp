@@ -1,0 +1,104 @@
+#include "util/c_language.h"
+
+#include "core/core_calls.h"
+#include "core/px_core_manager.h"
+#include "util/c_util.h"
+#include "util/ini_table.h"
+
+#include <QDebug>
+#include <QFile>
+
+namespace {
+
+struct LanguageCode
+{
+    const char *code;
+    const char *section;
+};
+
+constexpr LanguageCode kLanguageCodes[] = {
+    {"GBC_", "CN"},
+    {"GBB_", "TW"},
+    {"ENG_", "EN"},
+};
+
+constexpr const char *kDefaultFileName = "PXViewCertTool_Lang.ini";
+constexpr const char *kDefaultSection = "CN";
+
+QString sectionOfCode(const QString &code)
+{
+    for (const LanguageCode &known : kLanguageCodes) {
+        if (code == QLatin1String(known.code))
+            return QLatin1String(known.section);
+    }
+    return QLatin1String(kDefaultSection);
+}
+
+} // namespace
+
+c_language *c_language::_lang = nullptr;
+
+c_language *c_language::GetLangPtr()
+{
+    if (!_lang)
+        _lang = new c_language;
+    return _lang;
+}
+
+c_language::c_language()
+{
+    GetCoreManager();
+    m_configPath = core_calls::configPath();
+    m_installPath = core_calls::installPath();
+    LANG_SetLang();
+}
+
+void c_language::LANG_SetFileName(const QString &name)
+{
+    m_fileName = name.isEmpty() ? QLatin1String(kDefaultFileName) : name;
+}
+
+void c_language::LANG_SetLang()
+{
+    const QString path = m_configPath + QLatin1String("/settings/PXClientConfig.dll");
+    qDebug() << path;
+    c_util util;
+    QByteArray xml;
+    if (util.readfile(QFile::encodeName(path).constData(), xml))
+        qDebug() << path << "read succ";
+    QString code;
+    util.GetCurLang(xml.constData(), code);
+    m_section = sectionOfCode(code);
+}
+
+bool c_language::GetValue(const QString &key, QString &value) const
+{
+    value = ini_table::lookup(languageFilePath(m_fileName), m_section, key);
+    return !value.isEmpty();
+}
+
+QString c_language::GetValue(const QString &key) const
+{
+    QString value;
+    return GetValue(key, value) ? value : key;
+}
+
+QString c_language::section() const
+{
+    return m_section;
+}
+
+QString c_language::languageFilePath(const QString &fileName) const
+{
+    return m_installPath + QLatin1String("/languages/") + fileName;
+}
+
+QString throughLocal8Bit(const QString &text)
+{
+    return QString::fromLocal8Bit(text.toLocal8Bit());
+}
+
+QString displayText(const QString &key)
+{
+    return throughLocal8Bit(c_language::GetLangPtr()->GetValue(key));
+}

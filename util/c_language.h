@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QString>
+
+/// The texts of the user's language, from the suite's language file: an INI file in UTF-8 with a
+/// section for each language (CN, TW, EN) and one that names object identifiers (OID).
+///
+/// Which language is the choice made for the whole suite in its client configuration; this class
+/// only reads it. GUI thread only.
+class c_language
+{
+public:
+    /// The single table, created by the first call and kept until the process ends. Never null.
+    static c_language *GetLangPtr();
+
+    /// Asks the core for the configuration and install paths (both stay empty without a core) and
+    /// chooses the language.
+    c_language();
+
+    /// The language file's name; an empty one stands for "PXViewCertTool_Lang.ini".
+    void LANG_SetFileName(const QString &name);
+
+    /// Reads the client configuration again and chooses the section: "CN" unless it names another.
+    void LANG_SetLang();
+
+    /// The text under `key` in the section in force. True when it is not empty; a missing key
+    /// leaves `value` empty.
+    bool GetValue(const QString &key, QString &value) const;
+
+    /// The text under `key`, or the key itself when it has none.
+    QString GetValue(const QString &key) const;
+
+    /// The section in force: "CN", "TW" or "EN".
+    QString section() const;
+
+    /// Where a language file of this name lies.
+    QString languageFilePath(const QString &fileName) const;
+
+private:
+    QString m_configPath;
+    QString m_installPath;
+    QString m_fileName;
+    QString m_section;
+
+    static c_language *_lang;
+};
+
+/// `text` through the locale's 8-bit encoding and back: what the locale can't hold is lost. Every
+/// text that is shown goes this way, so that the screen never holds more than the suite's 8-bit
+/// programs can.
+QString throughLocal8Bit(const QString &text);
+
+/// The text under `key`, as it is shown.
+QString displayText(const QString &key);

@@ -1,0 +1,159 @@
+#include "util/c_util.h"
+
+#include "util/c_language.h"
+#include "util/ini_table.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <poll.h>
+#include <sys/stat.h>
+#include <tinyxml2.h>
+#include <unistd.h>
+
+namespace {
+
+class FileDescriptor
+{
+public:
+    explicit FileDescriptor(int fd) : m_fd(fd) {}
+    ~FileDescriptor()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
+    FileDescriptor(const FileDescriptor &) = delete;
+    FileDescriptor &operator=(const FileDescriptor &) = delete;
+    operator int() const { return m_fd; }
+
+private:
+    int m_fd;
+};
+
+// Devices are left alone, since opening one can already do something.
+bool isRegularOrPipe(const struct stat &status)
+{
+    return S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode);
+}
+
+// A writer that stays silent this long is taken for one that will never end.
+constexpr int kSilentWriterMs = 10000;
+
+bool waitForData(int fd)
+{
+    pollfd wait = {fd, POLLIN, 0};
+    int ready = 0;
+    do
+        ready = ::poll(&wait, 1, kSilentWriterMs);
+    while (ready < 0 && errno == EINTR);
+    return ready > 0;
+}
+
+// Reads to the end, or until there is more than may be.
+bool readToEnd(int fd, QByteArray &content)
+{
+    constexpr int kChunk = 64 * 1024;
+    char chunk[kChunk];
+    while (content.size() <= c_util::kMaxFileSize) {
+        const ssize_t got = ::read(fd, chunk, kChunk);
+        if (got == 0)
+            return true;
+        if (got > 0)
+            content.append(chunk, static_cast<int>(got));
+        else if (errno == EAGAIN ? !waitForData(fd) : errno != EINTR)
+            return false;
+    }
+    return false;
+}
+
+} // namespace
+
+bool c_util::FileExists(const char *path)
+{
+    struct stat status = {};
+    return ::stat(path, &status) == 0;
+}
+
+bool c_util::readfile(const char *path, char *buffer, int &count)
+{
+    count = 0;
+    if (!FileExists(path))
+        return false;
+    std::ifstream file(path, std::ios::binary);
+    char octet = 0;
+    while (file.get(octet))
+        buffer[count++] = octet;
+    // The read that met the end (or failed) is counted as well: callers allow for one too many.
+    ++count;
+    return true;
+}
+
+bool c_util::readfile(const char *path, QByteArray &content)
+{
+    content.clear();
+    struct stat status = {};
+    if (::stat(path, &status) != 0 || !isRegularOrPipe(status))
+        return false;
+    // Without blocking, so that a pipe that nobody writes to is simply at its end.
+    const FileDescriptor fd(::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (fd < 0 || ::fstat(fd, &status) != 0 || !isRegularOrPipe(status))
+        return false;
+    const bool isPipe = S_ISFIFO(status.st_mode);
+    if (!isPipe && status.st_size > kMaxFileSize)
+        return false;
+    if (readToEnd(fd, content) && !(isPipe && content.isEmpty()))
+        return true;
+    content.clear();
+    return false;
+}
+
+bool c_util::writefile(const char *path, const std::string &text)
+{
+    FILE *file = std::fopen(path, "a+");
+    if (!file)
+        return false;
+    const std::string line = text + '\n';
+    const bool written = std::fwrite(line.data(), line.size(), 1, file) >= 1;
+    std::fclose(file);
+    return written;
+}
+
+bool c_util::GetKeyValue(const char *fileName, const QString &section, const QString &key,
+                         QString &value)
+{
+    const QString path = c_language::GetLangPtr()->languageFilePath(QString::fromUtf8(fileName));
+    value = ini_table::lookup(path, section, key);
+    return !value.isEmpty();
+}
+
+bool c_util::GetCurLang(const char *xml, QString &language)
+{
+    tinyxml2::XMLDocument document;
+    if (document.Parse(xml) != tinyxml2::XML_SUCCESS)
+        return false;
+    const tinyxml2::XMLConstHandle root(document.RootElement());
+    const tinyxml2::XMLElement *client =
+        root.FirstChildElement("Language").FirstChildElement("PXClient").ToElement();
+    const char *text = client ? client->GetText() : nullptr;
+    if (!text)
+        return false;
+    language = QString::fromLatin1(text);
+    return true;
+}
+
+bool c_util::base64cert_to_dercert(const char *text, int length, char *output, int &count)
+{
+    constexpr int kBeginLine = 28; // the armour's first line with its line feed
+    constexpr int kArmour = 59;    // both armour lines with their line ends
+    count = 0;
+    if (length < kArmour)
+        return true;
+    const int end = length - kArmour + kBeginLine;
+    for (int i = kBeginLine; i < end && text[i] != '\0'; ++i) {
+        if (text[i] != '\r' && text[i] != '\n')
+            output[count++] = text[i];
+    }
+    return true;
+}

@@ -1,0 +1,106 @@
+#include "util/ini_table.h"
+
+#include "util/c_util.h"
+
+#include <QFile>
+#include <QHash>
+#include <QSettings>
+#include <QTemporaryFile>
+#include <ctime>
+#include <sys/stat.h>
+#include <tuple>
+
+namespace ini_table {
+namespace {
+
+constexpr long long kNanosecondsPerSecond = 1000000000LL;
+
+// File times move in ticks of the kernel's clock, 10 ms at most. A file that was changed within the
+// last tick can change once more without its times telling.
+constexpr long long kClockTick = 20000000LL;
+
+long long nanoseconds(const timespec &time)
+{
+    return time.tv_sec * kNanosecondsPerSecond + time.tv_nsec;
+}
+
+struct FileIdentity
+{
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t size = -1; // no file has it
+    long long modified = 0;
+    long long changed = 0;
+
+    bool operator==(const FileIdentity &other) const
+    {
+        return std::tie(device, inode, size, modified, changed) ==
+               std::tie(other.device, other.inode, other.size, other.modified, other.changed);
+    }
+};
+
+FileIdentity identityOf(const QByteArray &path)
+{
+    struct stat status = {};
+    if (::stat(path.constData(), &status) != 0)
+        return {};
+    return {status.st_dev, status.st_ino, status.st_size, nanoseconds(status.st_mtim),
+            nanoseconds(status.st_ctim)};
+}
+
+bool isSettled(const FileIdentity &identity)
+{
+    timespec now = {};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    const long long age = nanoseconds(now) - identity.changed;
+    return age > kClockTick || age < -kClockTick;
+}
+
+using Texts = QHash<QString, QString>;
+
+// `QSettings` keeps files in a cache of its own, by name, size and millisecond, with whatever codec
+// they were first read. A copy under a name that was never used gets past it.
+Texts parse(const QByteArray &content)
+{
+    Texts texts;
+    QTemporaryFile copy;
+    if (content.isEmpty() || !copy.open() || copy.write(content) != content.size() ||
+        !copy.flush())
+        return texts;
+    QSettings settings(copy.fileName(), QSettings::IniFormat);
+    settings.setIniCodec("utf-8");
+    const QStringList keys = settings.allKeys();
+    texts.reserve(keys.size());
+    for (const QString &key : keys)
+        texts.insert(key, settings.value(key).toString());
+    return texts;
+}
+
+struct ParsedFile
+{
+    QByteArray path;
+    FileIdentity identity;
+    bool settled = false;
+    Texts texts;
+};
+
+const Texts &textsOf(const QByteArray &path)
+{
+    static ParsedFile file;
+    const FileIdentity identity = identityOf(path);
+    if (file.settled && file.path == path && file.identity == identity)
+        return file.texts;
+    QByteArray content;
+    c_util().readfile(path.constData(), content);
+    file = {path, identity, isSettled(identity), parse(content)};
+    return file.texts;
+}
+
+} // namespace
+
+QString lookup(const QString &path, const QString &section, const QString &key)
+{
+    return textsOf(QFile::encodeName(path)).value(section + QLatin1Char('/') + key);
+}
+
+} // namespace ini_table

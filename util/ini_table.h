@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+/// Look-ups in a language file, served from one parsed copy that follows the file.
+namespace ini_table {
+
+/// The text under `key` in `section` of the INI file (UTF-8) at `path`, as `QSettings` reads it; an
+/// empty text when there is no such file, section or key. An edit of the file is seen by the next
+/// look-up.
+QString lookup(const QString &path, const QString &section, const QString &key);
+
+} // namespace ini_table
