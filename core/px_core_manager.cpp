@@ -2,11 +2,11 @@
 
 #include "core/core_calls.h"
 
+#include <cstdio>
 #include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
 #include <QLibrary>
-#include <cstdio>
 
 namespace {
 
@@ -31,7 +31,8 @@ Agent *createAgent(QObject *target)
 } // namespace
 
 PXCoreManager::PXCoreManager()
-    : m_installPath(QDir(QCoreApplication::applicationDirPath() + QLatin1String("/..")).canonicalPath())
+    : m_installPath(
+          QDir(QCoreApplication::applicationDirPath() + QLatin1String("/..")).canonicalPath())
 {
     startDirectory();
     qDebug() << "path:" << m_installPath;
@@ -56,11 +57,11 @@ PXSignatureManagerAgent *PXCoreManager::GetSignatureManager()
     if (m_signatureManager)
         return m_signatureManager;
     const QString classId = QStringLiteral("1F3A9C52-7B4D-4E21-A8C6-2D90E5B7F013");
-    void *component =
+    QObject *component =
         createComponentObject(QStringLiteral("PXSIGNATUREMANAGER.PXSignatureManager.1"), classId);
     if (!component)
         std::printf("createComponentObject = %s  fail", classId.toUtf8().constData());
-    m_signatureManager = createAgent<PXSignatureManagerAgent>(static_cast<QObject *>(component));
+    m_signatureManager = createAgent<PXSignatureManagerAgent>(component);
     return m_signatureManager;
 }
 
@@ -134,9 +135,9 @@ PXSignatureCoreAgent *getSignatureCore()
     return s_coreagent;
 }
 
-void *createComponentObject(const QString &progId, const QString &classId)
+QObject *createComponentObject(const QString &progId, const QString &classId)
 {
-    return reinterpret_cast<void *>(
+    return reinterpret_cast<QObject *>(
         static_cast<quintptr>(core_calls::createComponentObject(progId, classId)));
 }
 

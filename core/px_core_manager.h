@@ -51,7 +51,7 @@ void qtcall_destroy();
 PXSignatureCoreAgent *getSignatureCore();
 
 /// A component made by the core, owned by the core; null without a core or when it knows none.
-void *createComponentObject(const QString &progId, const QString &classId);
+QObject *createComponentObject(const QString &progId, const QString &classId);
 
 /// Where the process was started from: the working directory before the first change of it.
 /// The first call remembers it, so the entry point calls it before anything else.

@@ -1,28 +1,27 @@
 #include "core/q_dispatch.h"
 
-#include <QMetaMethod>
-#include <QTime>
-#include <QVarLengthArray>
 #include <algorithm>
 #include <cstdio>
 #include <fcntl.h>
 #include <iterator>
+#include <QMetaMethod>
+#include <QTime>
+#include <QVarLengthArray>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr const char *kAcceptedTypes[] = {
-    "char",          "short",       "int",          "long",           "unsigned char",
-    "unsigned short", "unsigned int", "unsigned long", "uchar",        "ushort",
-    "uint",          "ulong",       "float",        "double",         "bool",
-    "qint8",         "qint16",      "qint32",       "qint64",         "qlonglong",
-    "quint8",        "quint16",     "quint32",      "quint64",        "qulonglong",
-    "Qt::HANDLE",    "QString",     "QStringList",  "QByteArray",     "QBitArray",
-    "QLatin1String", "QChar",       "QDate",        "QTime",          "QDateTime",
-    "QSize",         "QSizeF",      "QPoint",       "QPointF",        "QLine",
-    "QLineF",        "QRect",       "QRectF",       "QUrl",           "QLocale",
-    "QRegExp",       "QEasingCurve", "Qt::GlobalColor", "QVariant",
+    "char",          "short",         "int",     "long",        "unsigned char", "unsigned short",
+    "unsigned int",  "unsigned long", "uchar",   "ushort",      "uint",          "ulong",
+    "float",         "double",        "bool",    "qint8",       "qint16",        "qint32",
+    "qint64",        "qlonglong",     "quint8",  "quint16",     "quint32",       "quint64",
+    "qulonglong",    "Qt::HANDLE",    "QString", "QStringList", "QByteArray",    "QBitArray",
+    "QLatin1String", "QChar",         "QDate",   "QTime",       "QDateTime",     "QSize",
+    "QSizeF",        "QPoint",        "QPointF", "QLine",       "QLineF",        "QRect",
+    "QRectF",        "QUrl",          "QLocale", "QRegExp",     "QEasingCurve",  "Qt::GlobalColor",
+    "QVariant",
 };
 
 int findMethodIndex(const QMetaObject &metaObject, const QString &methodName)
@@ -43,9 +42,9 @@ int findMethodIndex(const QMetaObject &metaObject, const QString &methodName)
 FILE *openRegularFileForAppend(const QByteArray &path)
 {
     constexpr mode_t kReadWriteByAll = 0666;
-    const int fd = ::open(path.constData(),
-                          O_RDWR | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
-                          kReadWriteByAll);
+    const int fd =
+        ::open(path.constData(), O_RDWR | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
+               kReadWriteByAll);
     if (fd < 0)
         return nullptr;
     struct stat status = {};
@@ -59,7 +58,11 @@ FILE *openRegularFileForAppend(const QByteArray &path)
 
 } // namespace
 
-Q_Dispatch::Q_Dispatch(QObject *target, QObject *parent) : QObject(parent), m_target(target) {}
+Q_Dispatch::Q_Dispatch(QObject *target, QObject *parent)
+    : QObject(parent)
+    , m_target(target)
+{
+}
 
 Q_Dispatch::~Q_Dispatch() = default;
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <cstdarg>
 #include <QDir>
 #include <QObject>
 #include <QString>
-#include <cstdarg>
 
 /// An agent around an object of a library that is not linked: it calls the object's invokable
 /// methods by name through the meta-object system and traces every step of a call into the suite's

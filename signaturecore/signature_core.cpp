@@ -1,17 +1,16 @@
 #include "signaturecore/signature_core.h"
 
+#include <dlfcn.h>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 #include <QLoggingCategory>
-#include <QStandardPaths>
-#include <dlfcn.h>
 
 namespace {
 
 // Off by default at every level: progress texts are of interest to the suite's developers alone.
-Q_LOGGING_CATEGORY(lcCore, "orvane.core", QtMsgType(QtFatalMsg + 1))
+Q_LOGGING_CATEGORY(lcCore, "orvane.core", QtFatalMsg)
 
 constexpr const char *kConfigurationFile = "/settings/PXClientConfig.dll";
 
@@ -20,27 +19,35 @@ bool holdsConfiguration(const QString &directory)
     return QFile::exists(directory + QLatin1String(kConfigurationFile));
 }
 
-// The shipped configuration for the language the desktop speaks; English for all others.
+// A relative path counts as none, as the XDG base directory rules ask.
+QString userConfigHome()
+{
+    const QString home = QFile::decodeName(qgetenv("XDG_CONFIG_HOME"));
+    return QDir::isAbsolutePath(home) ? home : QDir::homePath() + QLatin1String("/.config");
+}
+
+// The shipped configuration for the desktop's language. Its script tells, whatever form the
+// language is named in: zh_HK and zh_Hant are Traditional Chinese as zh_TW is.
 QString shippedConfiguration()
 {
-    const QString language = QLocale::system().uiLanguages().value(0);
-    const QLocale locale(QString(language).replace(QLatin1Char('-'), QLatin1Char('_')));
-    if (locale.language() != QLocale::Chinese)
+    switch (QLocale::system().script()) {
+    case QLocale::SimplifiedHanScript:
+        return QStringLiteral("CN");
+    case QLocale::TraditionalHanScript:
+        return QStringLiteral("TW");
+    default:
         return QStringLiteral("EN");
-    const bool traditional = locale.script() == QLocale::TraditionalHanScript ||
-                             language.contains(QLatin1String("Hant"));
-    return traditional ? QStringLiteral("TW") : QStringLiteral("CN");
+    }
 }
 
 } // namespace
 
 QString SignatureCore::configPath() const
 {
-    const QString chosen = qEnvironmentVariable("PX_CONFIG_PATH");
+    const QString chosen = QFile::decodeName(qgetenv("PX_CONFIG_PATH"));
     if (!chosen.isEmpty())
         return chosen;
-    const QString own = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-                        QLatin1String("/orvane");
+    const QString own = userConfigHome() + QLatin1String("/orvane");
     if (holdsConfiguration(own))
         return own;
     return installPath() + QLatin1String("/settings/") + shippedConfiguration();

@@ -95,7 +95,8 @@ QString c_language::languageFilePath(const QString &fileName) const
 
 QString throughLocal8Bit(const QString &text)
 {
-    return QString::fromLocal8Bit(text.toLocal8Bit());
+    const QByteArray local = text.toLocal8Bit();
+    return QString::fromLocal8Bit(local.constData(), local.size());
 }
 
 QString displayText(const QString &key)

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
-#include <fstream>
 #include <poll.h>
 #include <sys/stat.h>
 #include <tinyxml2.h>
@@ -18,7 +17,10 @@ namespace {
 class FileDescriptor
 {
 public:
-    explicit FileDescriptor(int fd) : m_fd(fd) {}
+    explicit FileDescriptor(int fd)
+        : m_fd(fd)
+    {
+    }
     ~FileDescriptor()
     {
         if (m_fd >= 0)
@@ -38,6 +40,20 @@ bool isRegularOrPipe(const struct stat &status)
     return S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode);
 }
 
+// Opens without blocking, so that a pipe that nobody writes to is simply at its end. `status`
+// receives what was opened; -1 for anything but a readable regular file or pipe.
+int openForReading(const char *path, struct stat &status)
+{
+    if (::stat(path, &status) != 0 || !isRegularOrPipe(status))
+        return -1;
+    const int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd >= 0 && (::fstat(fd, &status) != 0 || !isRegularOrPipe(status))) {
+        ::close(fd);
+        return -1;
+    }
+    return fd;
+}
+
 // A writer that stays silent this long is taken for one that will never end.
 constexpr int kSilentWriterMs = 10000;
 
@@ -51,21 +67,24 @@ bool waitForData(int fd)
     return ready > 0;
 }
 
-// Reads to the end, or until there is more than may be.
-bool readToEnd(int fd, QByteArray &content)
+// Hands what is read to `take(octets, length)`, chunk by chunk. True when the end was met, false
+// when reading failed or `take` wants no more.
+template <typename Take>
+bool readToEnd(int fd, const Take &take)
 {
     constexpr int kChunk = 64 * 1024;
     char chunk[kChunk];
-    while (content.size() <= c_util::kMaxFileSize) {
+    for (;;) {
         const ssize_t got = ::read(fd, chunk, kChunk);
         if (got == 0)
             return true;
-        if (got > 0)
-            content.append(chunk, static_cast<int>(got));
-        else if (errno == EAGAIN ? !waitForData(fd) : errno != EINTR)
+        if (got > 0) {
+            if (!take(chunk, static_cast<int>(got)))
+                return false;
+        } else if (errno == EAGAIN ? !waitForData(fd) : errno != EINTR) {
             return false;
+        }
     }
-    return false;
 }
 
 } // namespace
@@ -81,11 +100,14 @@ bool c_util::readfile(const char *path, char *buffer, int &count)
     count = 0;
     if (!FileExists(path))
         return false;
-    std::ifstream file(path, std::ios::binary);
-    char octet = 0;
-    while (file.get(octet))
-        buffer[count++] = octet;
-    // The read that met the end (or failed) is counted as well: callers allow for one too many.
+    struct stat status = {};
+    const FileDescriptor fd(openForReading(path, status));
+    readToEnd(fd, [&](const char *octets, int length) {
+        std::memcpy(buffer + count, octets, static_cast<size_t>(length));
+        count += length;
+        return true;
+    });
+    // The attempt that meets the end, or fails, counts as well: callers allow for one too many.
     ++count;
     return true;
 }
@@ -94,16 +116,16 @@ bool c_util::readfile(const char *path, QByteArray &content)
 {
     content.clear();
     struct stat status = {};
-    if (::stat(path, &status) != 0 || !isRegularOrPipe(status))
-        return false;
-    // Without blocking, so that a pipe that nobody writes to is simply at its end.
-    const FileDescriptor fd(::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (fd < 0 || ::fstat(fd, &status) != 0 || !isRegularOrPipe(status))
+    const FileDescriptor fd(openForReading(path, status));
+    if (fd < 0)
         return false;
     const bool isPipe = S_ISFIFO(status.st_mode);
-    if (!isPipe && status.st_size > kMaxFileSize)
-        return false;
-    if (readToEnd(fd, content) && !(isPipe && content.isEmpty()))
+    const bool complete = (isPipe || status.st_size <= kMaxFileSize) &&
+                          readToEnd(fd, [&content](const char *octets, int length) {
+                              content.append(octets, length);
+                              return content.size() <= kMaxFileSize;
+                          });
+    if (complete && !(isPipe && content.isEmpty()))
         return true;
     content.clear();
     return false;

@@ -2,11 +2,12 @@
 
 #include "util/c_util.h"
 
+#include <ctime>
 #include <QFile>
 #include <QHash>
 #include <QSettings>
+#include <QStringList>
 #include <QTemporaryFile>
-#include <ctime>
 #include <sys/stat.h>
 #include <tuple>
 
@@ -59,15 +60,16 @@ bool isSettled(const FileIdentity &identity)
 using Texts = QHash<QString, QString>;
 
 // `QSettings` keeps files in a cache of its own, by name, size and millisecond, with whatever codec
-// they were first read. A copy under a name that was never used gets past it.
-Texts parse(const QByteArray &content)
+// they were first read. A copy under a name that was never used gets past it; where none can be
+// made, the file itself must do.
+Texts parse(const QByteArray &path, const QByteArray &content)
 {
     Texts texts;
-    QTemporaryFile copy;
-    if (content.isEmpty() || !copy.open() || copy.write(content) != content.size() ||
-        !copy.flush())
+    if (content.isEmpty())
         return texts;
-    QSettings settings(copy.fileName(), QSettings::IniFormat);
+    QTemporaryFile copy;
+    const bool copied = copy.open() && copy.write(content) == content.size() && copy.flush();
+    QSettings settings(copied ? copy.fileName() : QFile::decodeName(path), QSettings::IniFormat);
     settings.setIniCodec("utf-8");
     const QStringList keys = settings.allKeys();
     texts.reserve(keys.size());
@@ -90,17 +92,25 @@ const Texts &textsOf(const QByteArray &path)
     const FileIdentity identity = identityOf(path);
     if (file.settled && file.path == path && file.identity == identity)
         return file.texts;
+    // Asked before the file is read: what changes after that may carry the same times.
+    const bool settled = isSettled(identity);
     QByteArray content;
     c_util().readfile(path.constData(), content);
-    file = {path, identity, isSettled(identity), parse(content)};
+    file = {path, identity, settled, parse(path, content)};
     return file.texts;
+}
+
+// As `QSettings` takes keys: without slashes at either end, and one at a time within.
+QString normalizedKey(const QString &key)
+{
+    return key.split(QLatin1Char('/'), Qt::SkipEmptyParts).join(QLatin1Char('/'));
 }
 
 } // namespace
 
 QString lookup(const QString &path, const QString &section, const QString &key)
 {
-    return textsOf(QFile::encodeName(path)).value(section + QLatin1Char('/') + key);
+    return textsOf(QFile::encodeName(path)).value(normalizedKey(section + QLatin1Char('/') + key));
 }
 
 } // namespace ini_table
