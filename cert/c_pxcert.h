@@ -88,8 +88,19 @@ signals:
     void result_normal(QString text, int block); ///< block 0 is the status, 1 the identity
 
 private:
+    using AttributeParser = bool (c_pxcert::*)(PXAsnBlock *, QString &, QString &);
+
+    // One field of the TBSCertificate each; a null block is a missing field.
+    bool readVersion(PXAsnBlock *tbs, int &next); ///< `next`: the index of the field after it
+    bool readSerialNumber(PXAsnBlock *serialNumber);
+    bool readSignatureAlgorithm(PXAsnBlock *signature);
+    bool readName(PXAsnBlock *name, const char *field, const char *rowKey,
+                  AttributeParser parseAttributeOf);
+    bool readValidity(PXAsnBlock *validity);
+    bool readPublicKey(PXAsnBlock *keyInfo);
     bool parseAttribute(PXAsnBlock *attribute, QString &line, QString &value, QString &commonName,
                         QString &organization);
+
     QString statusBlock() const;
     QString identityBlock() const;
 

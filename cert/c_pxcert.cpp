@@ -1,0 +1,82 @@
+#include "cert/c_pxcert.h"
+
+#include "asn/pxasn.h"
+#include "cert/cert_file.h"
+#include "util/c_util.h"
+
+#include <QDebug>
+#include <utility>
+
+namespace {
+
+constexpr int kTbsCertificate = 0;
+constexpr int kExtensions = 7; // of a v3 certificate without unique identifiers
+constexpr int kFieldsWithoutExtensions = 6;
+constexpr int kSequenceTag = 0x30;
+
+// A date-time as its clock shows it, to the second, whatever zone it is in.
+std::pair<QDate, int> clockSeconds(const QDateTime &time)
+{
+    return {time.date(), time.time().msecsSinceStartOfDay() / 1000};
+}
+
+} // namespace
+
+c_pxcert::c_pxcert(QObject *parent)
+    : QObject(parent)
+{
+    qRegisterMetaType<detail_node>("detail_node");
+    qRegisterMetaType<std::vector<detail_node>>("std::vector<detail_node>");
+}
+
+bool c_pxcert::loadfile(const char *path)
+{
+    QByteArray content;
+    if (!c_util().readfile(path, content) || content.isEmpty())
+        return false;
+    parse_cert(cert_file::certificateOctets(content));
+    return true;
+}
+
+bool c_pxcert::parse_cert(QByteArray certificate)
+{
+    PXAsn asReceived(nullptr);
+    asReceived.open(certificate);
+    PXAsn fromArmour(nullptr);
+    PXAsn *document = &asReceived;
+    // PEM text opens "successfully" as well, as something else: only a SEQUENCE is a certificate.
+    if (!asReceived.checkTag(kSequenceTag)) {
+        const QByteArray block = cert_file::firstArmouredBlock(certificate);
+        if (!block.isEmpty()) {
+            fromArmour.open(block);
+            document = &fromArmour;
+        }
+    }
+
+    parseTBSCertificate_basedata(document);
+    PXAsnBlock *tbs = document->getChild(kTbsCertificate, 0);
+    if (tbs && tbs->getChildCount() > kFieldsWithoutExtensions)
+        parseTBSCertificate_extendata(tbs->getChild(kExtensions, 0));
+    qDebug() << "parse cert end";
+
+    emit result_normal(statusBlock(), 0);
+    emit result_normal(identityBlock(), 1);
+    emit result_detail(m_rows);
+    qDebug() << "parse cert end2";
+    return true;
+}
+
+bool c_pxcert::isCertValid() const
+{
+    const auto now = clockSeconds(QDateTime::currentDateTime());
+    const bool expired = m_notAfter.isValid() && clockSeconds(m_notAfter) < now;
+    const bool notYetValid = m_notBefore.isValid() && clockSeconds(m_notBefore) > now;
+    return !expired && !notYetValid;
+}
+
+void c_pxcert::sendmsg(const QString &, const QString &) {}
+
+void c_pxcert::add_node(const QString &name, const QString &value)
+{
+    m_rows.push_back({name, value, value, 0});
+}

@@ -1,0 +1,271 @@
+#include "cert/c_pxcert.h"
+
+#include "asn/pxasn.h"
+#include "cert/display_date.h"
+#include "util/c_language.h"
+
+#include <QDebug>
+
+namespace {
+
+enum Tag {
+    AnyTag = 0,
+    IntegerTag = 2,
+    BitStringTag = 3,
+    ObjectIdentifierTag = 6,
+    UtcTimeTag = 23,
+    GeneralizedTimeTag = 24,
+    SequenceTag = 48,
+    SetTag = 49,
+    VersionTag = 160
+};
+
+bool fail(const char *field)
+{
+    qDebug().noquote() << QStringLiteral("[PXCertificate::parseTBSCertificate] "
+                                         "...tbsCertificate %1 fail")
+                              .arg(QLatin1String(field));
+    return false;
+}
+
+// The object layer has looked the identifier up in the OID section already.
+QString nameOfIdentifier(PXAsnBlock *identifier)
+{
+    return c_language::GetLangPtr()->GetValue(identifier->toString());
+}
+
+bool readTime(PXAsnBlock *block, QDateTime &time)
+{
+    constexpr int kUtcTimeLength = 13;
+    constexpr int kGeneralizedTimeLength = 15;
+    const QString text = block->toString();
+    if (!text.endsWith(QLatin1Char('Z')))
+        return false;
+    if (block->checkTag(UtcTimeTag) && text.size() == kUtcTimeLength)
+        time = c_pxcert::fromUTCTime(text);
+    else if (block->checkTag(GeneralizedTimeTag) && text.size() == kGeneralizedTimeLength)
+        time = c_pxcert::fromGeneralizedTime(text);
+    else
+        return false;
+    return true;
+}
+
+// A number of exactly two digits at `position`, or -1.
+int twoDigits(const QString &text, int position)
+{
+    const ushort tens = text.at(position).unicode();
+    const ushort ones = text.at(position + 1).unicode();
+    const auto isDigit = [](ushort c) { return c >= '0' && c <= '9'; };
+    return isDigit(tens) && isDigit(ones) ? (tens - '0') * 10 + (ones - '0') : -1;
+}
+
+// Deliberate: certificate times are UTC, but are read as a clock at UTC-8, so that they show the
+// wall-clock time at UTC+8, eight hours later.
+QDateTime eightHoursLater(int year, const QString &text, int monthPosition)
+{
+    constexpr int kSecondsWestOfUtc = -28800;
+    const int p = monthPosition;
+    const QDate date(year, twoDigits(text, p), twoDigits(text, p + 2));
+    const QTime time(twoDigits(text, p + 4), twoDigits(text, p + 6), twoDigits(text, p + 8));
+    // An invalid time of day would silently become midnight.
+    if (!date.isValid() || !time.isValid())
+        return {};
+    return QDateTime(date, time, Qt::OffsetFromUTC, kSecondsWestOfUtc).toUTC();
+}
+
+} // namespace
+
+bool c_pxcert::parseTBSCertificate_basedata(PXAsnBlock *document)
+{
+    PXAsnBlock *tbs = document ? document->getChild(0, SequenceTag) : nullptr;
+    if (!tbs)
+        return false;
+    int next = 0;
+    if (!readVersion(tbs, next))
+        return false;
+    const bool complete = readSerialNumber(tbs->getChild(next, IntegerTag)) &&
+                          readSignatureAlgorithm(tbs->getChild(next + 1, SequenceTag)) &&
+                          readName(tbs->getChild(next + 2, SequenceTag), "issuer",
+                                   "PXCERTREAD_0017", &c_pxcert::parseTBSIssuer) &&
+                          readValidity(tbs->getChild(next + 3, SequenceTag)) &&
+                          readName(tbs->getChild(next + 4, SequenceTag), "subject",
+                                   "PXCERTREAD_0020", &c_pxcert::parseTBSSubject) &&
+                          readPublicKey(tbs->getChild(next + 5, SequenceTag));
+    if (complete)
+        qDebug() << "[PXCertificate::parseTBSCertificate] end";
+    return complete;
+}
+
+// Version ::= INTEGER { v1(0), v2(1), v3(2) }, [0] EXPLICIT, absent in a v1 certificate.
+bool c_pxcert::readVersion(PXAsnBlock *tbs, int &next)
+{
+    next = 0;
+    PXAsnBlock *wrapper = tbs->getChild(0, VersionTag);
+    if (!wrapper) {
+        fail("version");
+        return true;
+    }
+    PXAsnBlock *version = wrapper->getChild(0, IntegerTag);
+    if (!version)
+        return fail("version2");
+    m_version = version->toInt();
+    add_node(displayText(QStringLiteral("PXCERTREAD_0014")),
+             QStringLiteral("V%1").arg(m_version + 1));
+    next = 1;
+    return true;
+}
+
+// CertificateSerialNumber ::= INTEGER
+bool c_pxcert::readSerialNumber(PXAsnBlock *serialNumber)
+{
+    if (!serialNumber)
+        return fail("serialNumber");
+    m_serialNumber = QString::fromLatin1(serialNumber->toByteArray().toHex());
+    add_node(displayText(QStringLiteral("PXCERTREAD_0015")), m_serialNumber);
+    return true;
+}
+
+// signature AlgorithmIdentifier
+bool c_pxcert::readSignatureAlgorithm(PXAsnBlock *signature)
+{
+    if (!signature)
+        return fail("signature");
+    PXAsnBlock *algorithm = signature->getChild(0, ObjectIdentifierTag);
+    if (!algorithm)
+        return fail("signature2");
+    m_signatureAlgorithm = nameOfIdentifier(algorithm);
+    add_node(displayText(QStringLiteral("PXCERTREAD_0016")), m_signatureAlgorithm);
+    return true;
+}
+
+// Name ::= SEQUENCE OF SET OF AttributeTypeAndValue. Shown the other way round, so that the most
+// specific attribute comes first.
+bool c_pxcert::readName(PXAsnBlock *name, const char *field, const char *rowKey,
+                        AttributeParser parseAttributeOf)
+{
+    if (!name)
+        return fail(field);
+    QStringList lines;
+    QStringList values;
+    for (int i = 0; i < name->getChildCount(); ++i) {
+        PXAsnBlock *relativeName = name->getChild(i, SetTag);
+        if (!relativeName)
+            return fail("relativeDistinguishedName");
+        for (int j = 0; j < relativeName->getChildCount(); ++j) {
+            PXAsnBlock *attribute = relativeName->getChild(j, SequenceTag);
+            if (!attribute)
+                return fail("attributeTypeAndValue");
+            QString line;
+            QString value;
+            if (!(this->*parseAttributeOf)(attribute, line, value))
+                continue;
+            lines.prepend(line + QLatin1Char('\n'));
+            values.prepend(value);
+        }
+    }
+    m_rows.push_back({displayText(QLatin1String(rowKey)), values.join(QLatin1Char(',')),
+                      lines.join(QString()), 0});
+    return true;
+}
+
+bool c_pxcert::parseTBSIssuer(PXAsnBlock *attribute, QString &line, QString &value)
+{
+    return parseAttribute(attribute, line, value, m_issuerCN, m_issuerO);
+}
+
+bool c_pxcert::parseTBSSubject(PXAsnBlock *attribute, QString &line, QString &value)
+{
+    return parseAttribute(attribute, line, value, m_subjectCN, m_subjectO);
+}
+
+// AttributeTypeAndValue ::= SEQUENCE { type OBJECT IDENTIFIER, value ANY }
+bool c_pxcert::parseAttribute(PXAsnBlock *attribute, QString &line, QString &value,
+                              QString &commonName, QString &organization)
+{
+    if (!attribute)
+        return false;
+    PXAsnBlock *type = attribute->getChild(0, ObjectIdentifierTag);
+    if (!type)
+        return fail("type");
+    const QString name = nameOfIdentifier(type);
+    PXAsnBlock *content = attribute->getChild(1, AnyTag);
+    if (!content)
+        return fail("value");
+    value = c_language::GetLangPtr()->GetValue(content->toString());
+    line = name + QLatin1String("= ") + value;
+    if (name == QLatin1String("CN"))
+        commonName = value;
+    else if (name == QLatin1String("O"))
+        organization = value;
+    return true;
+}
+
+// Validity ::= SEQUENCE { notBefore Time, notAfter Time }
+bool c_pxcert::readValidity(PXAsnBlock *validity)
+{
+    if (!validity)
+        return fail("validity");
+    PXAsnBlock *notBefore = validity->getChild(0, AnyTag);
+    if (!notBefore)
+        return fail("notBefore");
+    if (!readTime(notBefore, m_notBefore))
+        return fail("notBeforeValue");
+    PXAsnBlock *notAfter = validity->getChild(1, AnyTag);
+    if (!notAfter)
+        return fail("notAfter");
+    if (!readTime(notAfter, m_notAfter))
+        return fail("notAfterValue");
+    add_node(displayText(QStringLiteral("PXCERTREAD_0018")), display_date::shortText(m_notBefore));
+    add_node(displayText(QStringLiteral("PXCERTREAD_0019")), display_date::shortText(m_notAfter));
+    return true;
+}
+
+QDateTime c_pxcert::fromUTCTime(const QString &text)
+{
+    constexpr int kLength = 13;
+    constexpr int kPivot = 50;
+    if (text.size() != kLength)
+        return {};
+    const int year = twoDigits(text, 0);
+    return year < 0 ? QDateTime() : eightHoursLater(year + (year < kPivot ? 2000 : 1900), text, 2);
+}
+
+QDateTime c_pxcert::fromGeneralizedTime(const QString &text)
+{
+    constexpr int kLength = 15;
+    if (text.size() != kLength)
+        return {};
+    const int century = twoDigits(text, 0);
+    const int year = twoDigits(text, 2);
+    return century < 0 || year < 0 ? QDateTime() : eightHoursLater(century * 100 + year, text, 4);
+}
+
+// SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
+bool c_pxcert::readPublicKey(PXAsnBlock *keyInfo)
+{
+    PXAsnBlock *algorithm = keyInfo ? keyInfo->getChild(0, SequenceTag) : nullptr;
+    if (!algorithm)
+        return fail("subjectPublicKeyInfoAlgorithm");
+    PXAsnBlock *identifier = algorithm->getChild(0, ObjectIdentifierTag);
+    if (!identifier)
+        return fail("subjectPublicKeyInfoAlgorithmOID1");
+    m_publicKeyAlgorithm = nameOfIdentifier(identifier);
+    PXAsnBlock *curve =
+        algorithm->getChildCount() > 1 ? algorithm->getChild(1, ObjectIdentifierTag) : nullptr;
+    m_publicKeyParameter = curve ? nameOfIdentifier(curve) : QString();
+    PXAsnBlock *key = keyInfo->getChild(1, BitStringTag);
+    if (!key)
+        return fail("subjectPublicKey");
+    m_publicKey = key->contentOctets();
+    if (m_publicKey.startsWith('\0')) // no unused bits; the count is no part of the key
+        m_publicKey.remove(0, 1);
+
+    QByteArray hex = m_publicKey.toHex(' ').toUpper();
+    if (!hex.isEmpty())
+        hex += ' ';
+    m_rows.push_back({displayText(QStringLiteral("PXCERTREAD_0021")), m_publicKeyAlgorithm,
+                      QString::fromLatin1(hex), 0});
+    if (!m_publicKeyParameter.isEmpty())
+        add_node(displayText(QStringLiteral("PXCERTREAD_0022")), m_publicKeyParameter);
+    return true;
+}
