@@ -1,0 +1,53 @@
+#!/usr/bin/env python3
+"""check_layers.py [TREE]: reads the includes and fails on an arrow against the layers.
+
+Also fails when a source file is compiled a second time from elsewhere, by including it.
+"""
+
+import pathlib
+import re
+import sys
+
+# Each folder with those it may include from, besides itself.
+LAYERS = {
+    "core": [],
+    "pxcpp": [],
+    "signaturecore": [],
+    "util": ["core"],
+    "asn": ["pxcpp", "util", "core"],
+    "cert": ["asn", "util", "core"],
+    "app": ["cert", "util", "core"],
+}
+# They link the libraries and may use any of them, but not the plug-in, which nobody links.
+USERS = ["tools", "tests", "bench", "fuzz"]
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
+
+
+def sources(tree, folder):
+    for pattern in ("*.h", "*.cpp"):
+        yield from sorted((tree / folder).rglob(pattern))
+
+
+def complaints(tree):
+    for folder in [*LAYERS, *USERS]:
+        below = LAYERS.get(folder, [f for f in LAYERS if f != "signaturecore"])
+        for source in sources(tree, folder):
+            for included in INCLUDE.findall(source.read_text(encoding="utf-8")):
+                where = f"{source.relative_to(tree)} includes {included}"
+                target = included.split("/")[0] if "/" in included else folder
+                if target in LAYERS and target != folder and target not in below:
+                    yield f"{where}: {folder} lies below or beside {target}"
+                if included.endswith(".cpp"):
+                    yield f"{where}: a source is compiled once, by its own library"
+
+
+def main():
+    tree = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).parents[1])
+    found = list(complaints(tree))
+    print("\n".join(found) if found else "the layers hold")
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
