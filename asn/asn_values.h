@@ -1,0 +1,52 @@
+#pragma once
+
+#include "asn/asn_block.h"
+
+/// Values of DER contents: times, object identifiers and bit strings. Results are 1 for success and
+/// 0 for failure; nothing is printed.
+
+/// Error codes of `ASNGetTime`.
+enum ASN_TIME_ERROR : unsigned int { ASN_TIME_OK = 0, ASN_TIME_MALFORMED = 1, ASN_TIME_RANGE = 2 };
+
+/// A BIT STRING's value. `ASNGetBitStringData` allocates `data`, and the caller frees it with
+/// `free`; the setters only read it.
+struct stASN_BIT_STRING
+{
+    unsigned char unusedBits; ///< as encoded, neither checked nor applied to the last octet
+    unsigned int length;      ///< octets of `data`
+    unsigned char *data;
+};
+
+/// Seconds since 1970-01-01 00:00:00 UTC of a UTCTime or GeneralizedTime leaf (X.680, 46 and 47), 0
+/// on any error. `error` may be null. Seconds and, for GeneralizedTime, fractions and the zone may
+/// be missing; without a zone the time is local. Deliberate: the seconds of whole years are
+/// computed in 32 bits, so years from 2039 on and before 1902 wrap.
+long long ASNGetTime(const stASN_BLOCK_HEADER *leaf, unsigned int *error);
+
+/// The value of exactly `digits` decimal digits at the cursor, which moves past each digit read.
+/// `*error` becomes 1 for another character, where the cursor stays and the result is 0, and for a
+/// value outside `minimum` to `maximum`, which is returned all the same. It is never cleared.
+int mypint(const char **cursor, int digits, int minimum, int maximum, int *error);
+
+/// Dotted text of an OBJECT IDENTIFIER's content (X.690, 8.19). `*outputLength` holds the output's
+/// capacity and receives the text's length without its terminator; when it is less than that, and
+/// when `output` is null, nothing is written and the result is 1. `output` needs room for the
+/// terminator as well. Texts of more than 99 characters and contents below two octets are refused.
+/// Deliberate: the first octet alone gives the first two arcs.
+int ASNGetOIDName(const unsigned char *content, unsigned int length, char *output,
+                  unsigned int *outputLength);
+
+/// The reverse, from zero-terminated text. `*outputLength` holds the capacity and receives the
+/// octets written; when it is less than those, or when `output` or `outputLength` is null, nothing
+/// is written and the result is 1. Refused: null text, both outputs null, a component that is no
+/// number, more than 96 octets. Deliberate: an arc of 0 after the second is dropped.
+int ASNGetOIDData(const char *text, unsigned char *output, unsigned int *outputLength);
+
+/// Takes a BIT STRING leaf apart (X.690, 8.6). 0, with the record untouched, for anything else, for
+/// an empty content and when memory is exhausted.
+int ASNGetBitStringData(const stASN_BLOCK_HEADER *leaf, stASN_BIT_STRING *record);
+
+/// Stores a bit string in a BIT STRING leaf. 0 for anything else.
+int ASNSetBitStringDataEx(stASN_BLOCK_HEADER *leaf, const stASN_BIT_STRING *record);
+int ASNSetBitStringData(stASN_BLOCK_HEADER *leaf, const unsigned char *data, unsigned int length,
+                        unsigned char unusedBits);

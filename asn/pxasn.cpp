@@ -1,0 +1,258 @@
+#include "asn/pxasn.h"
+
+#include "asn/asn_values.h"
+#include "core/core_calls.h"
+#include "pxcpp/code_convert.h"
+#include "util/c_util.h"
+
+#include <cstdio>
+#include <cstring>
+#include <QDebug>
+
+namespace {
+
+enum Tag {
+    IntegerTag = 0x02,
+    BitStringTag = 0x03,
+    ObjectIdentifierTag = 0x06,
+    Utf8StringTag = 0x0C,
+    BmpStringTag = 0x1E
+};
+
+QString latin1(const QByteArray &octets)
+{
+    return QString::fromLatin1(octets.constData(), octets.size());
+}
+
+QString nameOfIdentifier(const QByteArray &content)
+{
+    char text[100];
+    unsigned int length = sizeof text;
+    if (!ASNGetOIDName(reinterpret_cast<const unsigned char *>(content.constData()),
+                       static_cast<unsigned int>(content.size()), text, &length))
+        return {};
+    const QString dotted = QString::fromLatin1(text, static_cast<int>(length));
+    QString name;
+    return c_util().GetKeyValue("PXViewCertTool_Lang.ini", QStringLiteral("OID"), dotted, name)
+               ? name
+               : dotted;
+}
+
+// The converters may write a whole character beyond the size they are told.
+constexpr int kConverterOverrun = 6;
+
+QString textOfBmp(const QByteArray &content)
+{
+    const int size = content.size() * 2 + 1;
+    QByteArray utf8(size + kConverterOverrun, '\0');
+    const int written = code_unicode_to_utf8_reversebyte_BYTE(
+        content.constData(), content.size() / 2, utf8.data(), size);
+    return QString::fromUtf8(utf8.constData(), written);
+}
+
+QByteArray octetsOfBmp(const QByteArray &content)
+{
+    const int units = content.size() / 2;
+    std::vector<unsigned int> widened(static_cast<std::size_t>(units) + 1, 0);
+    for (int i = 0; i < units; ++i)
+        std::memcpy(&widened[static_cast<std::size_t>(i)], content.constData() + 2 * i, 2);
+    const int size = content.size() * 2 + 1;
+    QByteArray utf8(size + kConverterOverrun, '\0');
+    utf8.truncate(code_unicode_to_utf8_reversebyte(widened.data(), units, utf8.data(), size));
+    return utf8;
+}
+
+} // namespace
+
+PXAsnBlock::PXAsnBlock(QObject *parent)
+    : QObject(parent)
+{
+}
+
+PXAsnBlock::~PXAsnBlock()
+{
+    deleteChildren();
+}
+
+// Front to back: each child is then the first that its parent's own list is searched for.
+void PXAsnBlock::deleteChildren()
+{
+    qDeleteAll(listChild);
+    listChild.clear();
+}
+
+int PXAsnBlock::load(stASN_BLOCK_HEADER *block)
+{
+    if (!block)
+        return 0;
+    for (const stASN_CHILD_CELL *cell = ASNFirstCell(block); cell; cell = cell->next) {
+        auto *child = new PXAsnBlock(this);
+        listChild.append(child);
+        if (!child->load(cell->child))
+            return 0;
+    }
+    node = block;
+    return 1;
+}
+
+int PXAsnBlock::type() const
+{
+    return node ? node->tag : 0;
+}
+
+bool PXAsnBlock::checkTag(int tag) const
+{
+    return node && node->tag == tag;
+}
+
+int PXAsnBlock::getChildCount() const
+{
+    return listChild.count();
+}
+
+PXAsnBlock *PXAsnBlock::getChild(int index, int checkType) const
+{
+    if (!node || index < 0 || index >= listChild.count()) {
+        std::puts("(!node || index < 0 || index >= listChild.count()) fail");
+        return nullptr;
+    }
+    PXAsnBlock *block = listChild.at(index);
+    if (!block) {
+        std::puts("PXAsnBlock* block = listChild.at(index); fail");
+        return nullptr;
+    }
+    if (checkType != 0 && !block->checkTag(checkType)) {
+        std::puts("!block->checkTag(checkType) fail ");
+        return nullptr;
+    }
+    return block;
+}
+
+QByteArray PXAsnBlock::contentOctets() const
+{
+    if (!node || (node->tag & ASN_TAG_CONSTRUCTED) != 0 || node->rawFlag != 1 || !node->content)
+        return {};
+    return {reinterpret_cast<const char *>(node->content), static_cast<int>(node->contentLength)};
+}
+
+PXAsnBlock::operator QString() const
+{
+    const QByteArray content = contentOctets();
+    switch (type()) {
+    case ObjectIdentifierTag:
+        return nameOfIdentifier(content);
+    case BitStringTag:
+        return latin1(content.mid(1));
+    case Utf8StringTag:
+        return QString::fromUtf8(content.constData(), content.size());
+    case BmpStringTag:
+        return textOfBmp(content);
+    default:
+        return latin1(content);
+    }
+}
+
+PXAsnBlock::operator QByteArray() const
+{
+    const QByteArray content = contentOctets();
+    switch (type()) {
+    case BitStringTag:
+        return content.mid(1);
+    case BmpStringTag:
+        return octetsOfBmp(content);
+    default:
+        return content;
+    }
+}
+
+PXAsnBlock::operator int() const
+{
+    const QByteArray content = contentOctets();
+    if (type() != IntegerTag)
+        return 0;
+    if (content.size() == 1)
+        return static_cast<unsigned char>(content.at(0));
+    if (content.size() != 2 && content.size() != 4)
+        return 0;
+    unsigned int value = 0;
+    for (int i = content.size() - 1; i >= 0; --i)
+        value = value << 8 | static_cast<unsigned char>(content.at(i));
+    return static_cast<int>(value);
+}
+
+QString PXAsnBlock::toString() const
+{
+    return *this;
+}
+
+QByteArray PXAsnBlock::toByteArray() const
+{
+    return *this;
+}
+
+int PXAsnBlock::toInt() const
+{
+    return *this;
+}
+
+int PXAsnBlock::get_extendata(std::vector<QString> &values) const
+{
+    if (listChild.isEmpty() && node)
+        values.push_back(printData_ex());
+    for (const PXAsnBlock *child : listChild)
+        child->get_extendata(values);
+    return 1;
+}
+
+int PXAsnBlock::get_extendata_certpolicy(std::vector<certpolicy> &items, int &level) const
+{
+    if (listChild.isEmpty() && node)
+        items.push_back({printData_ex(), level});
+    for (const PXAsnBlock *child : listChild) {
+        ++level;
+        child->get_extendata_certpolicy(items, level);
+    }
+    --level;
+    return 1;
+}
+
+PXAsn::PXAsn(QObject *parent)
+    : PXAsnBlock(parent)
+{
+}
+
+PXAsn::~PXAsn()
+{
+    close();
+}
+
+int PXAsn::open(const QByteArray &data)
+{
+    qDebug() << "[PXAsn::open]...";
+    core_calls::sendProgress("open", 40, " start");
+    if (data.isEmpty())
+        return 0;
+    const auto parse = [](const QByteArray &octets) {
+        return ASNAddByData(nullptr, reinterpret_cast<const unsigned char *>(octets.constData()),
+                            static_cast<unsigned int>(octets.size()));
+    };
+    stASN_BLOCK_HEADER *root = parse(data);
+    if (!root)
+        root = parse(QByteArray::fromBase64(data));
+    // A parse leaves the switch as it found or set it; each document starts anew.
+    g_bExtend = 0;
+    close();
+    if (!root)
+        return 0;
+    ASNUpdate(root);
+    load(root);
+    core_calls::sendProgress("open", 66, " end");
+    return 1;
+}
+
+void PXAsn::close()
+{
+    ASNDeleteBlock(node);
+    node = nullptr;
+    deleteChildren();
+}

@@ -1,0 +1,160 @@
+#include "asn/pxasn.h"
+
+#include "asn/asn_values.h"
+#include "core/core_calls.h"
+
+#include <memory>
+
+using core_calls::sendProgress;
+
+namespace {
+
+constexpr int kIntegerTag = 0x02;
+constexpr int kBitStringTag = 0x03;
+constexpr int kObjectIdentifierTag = 0x06;
+constexpr int kSequenceTag = 0x30;
+
+constexpr const char *kOctetStringStart = " set data ASN_TAG_TYPE_OCTET_STRING start";
+constexpr const char *kOctetStringEnd = " set data ASN_TAG_TYPE_OCTET_STRING end";
+
+bool isConstructed(int tag)
+{
+    return (tag & ASN_TAG_CONSTRUCTED) != 0;
+}
+
+const unsigned char *octetsOf(const QByteArray &data)
+{
+    return reinterpret_cast<const unsigned char *>(data.constData());
+}
+
+unsigned int sizeOf(const QByteArray &data)
+{
+    return static_cast<unsigned int>(data.size());
+}
+
+// The encoding of dotted text; the text itself when it can't be encoded.
+QByteArray encodedIdentifier(const QByteArray &dotted)
+{
+    unsigned char octets[256];
+    unsigned int length = sizeof octets;
+    if (!ASNGetOIDData(dotted.constData(), octets, &length))
+        return dotted;
+    return {reinterpret_cast<const char *>(octets), static_cast<int>(length)};
+}
+
+} // namespace
+
+int PXAsn::create(int tag)
+{
+    sendProgress("create", 18, " start");
+    stASN_BLOCK_HEADER *root = isConstructed(tag) ? ASNAddStruct(kSequenceTag, nullptr)
+                                                  : ASNAddSample(kSequenceTag, nullptr);
+    if (!root)
+        return 0;
+    close();
+    node = root;
+    sendProgress("create", 32, " end");
+    return 1;
+}
+
+int PXAsnBlock::update()
+{
+    sendProgress("update", 400, " start");
+    const int updated = ASNUpdate(node);
+    sendProgress("update", 402, " end");
+    return updated;
+}
+
+QByteArray PXAsnBlock::build()
+{
+    sendProgress("build", 375, " start");
+    QByteArray der(static_cast<int>(ASNGetBlockLength(node)), '\0');
+    if (!ASNBuildData(node, reinterpret_cast<unsigned char *>(der.data()), sizeOf(der)))
+        der.clear();
+    sendProgress("build", 394, " end");
+    return der;
+}
+
+int PXAsnBlock::setData(const QByteArray &data)
+{
+    return storeData(data, true, "setData", {412, 444, 447, 450});
+}
+
+int PXAsnBlock::setDataEx(const QByteArray &data)
+{
+    return storeData(data, false, "setDataEx", {461, 493, 496, 499});
+}
+
+int PXAsnBlock::storeData(const QByteArray &data, bool padInteger, const char *operation,
+                          const int (&lines)[4])
+{
+    sendProgress(operation, lines[0], " start");
+    QByteArray content = data;
+    // Deliberate: a first octet of exactly 0x80 gets none put before it.
+    if (padInteger && checkTag(kIntegerTag) && !data.isEmpty() &&
+        static_cast<unsigned char>(data.at(0)) > 0x80)
+        content.prepend('\0');
+    else if (checkTag(kObjectIdentifierTag))
+        content = encodedIdentifier(data);
+    else if (checkTag(kBitStringTag))
+        content.prepend('\0');
+    if (!ASNSetBlockData(node, octetsOf(content), sizeOf(content)))
+        return 0;
+    if (checkTag(ASN_TAG_OCTET_STRING)) {
+        sendProgress(operation, lines[1], kOctetStringStart);
+        deleteChildren();
+        node->rawFlag = 1;
+        sendProgress(operation, lines[2], kOctetStringEnd);
+    }
+    sendProgress(operation, lines[3], " end");
+    return 1;
+}
+
+PXAsnBlock *PXAsnBlock::addSample(int tag)
+{
+    sendProgress("addSample", 318, " start");
+    if (!node || !isConstructed(node->tag))
+        return nullptr;
+    auto *child = new PXAsnBlock(this);
+    child->node = ASNAddSample(static_cast<unsigned char>(tag), node);
+    listChild.append(child);
+    sendProgress("addSample", 331, " end");
+    return child;
+}
+
+PXAsnBlock *PXAsnBlock::addStruct(int tag)
+{
+    sendProgress("addStruct", 338, " start");
+    if (!node || !isConstructed(node->tag) || !isConstructed(tag))
+        return nullptr;
+    auto *child = new PXAsnBlock(this);
+    child->node = ASNAddStruct(static_cast<unsigned char>(tag), node);
+    listChild.append(child);
+    sendProgress("addStruct", 350, " end");
+    return child;
+}
+
+int PXAsnBlock::addBlock(const QByteArray &der)
+{
+    if (!node)
+        return 0;
+    stASN_BLOCK_HEADER *added = ASNAddByData(node, octetsOf(der), sizeOf(der));
+    if (!added)
+        return 0;
+    auto child = std::make_unique<PXAsnBlock>(this);
+    child->node = added;
+    child->update();
+    // Deliberate: the object then stands for this node, so that it mirrors all its children.
+    if (!child->load(node))
+        return 0;
+    listChild.append(child.release());
+    return 1;
+}
+
+int PXAsnBlock::remove(int index)
+{
+    if (index < 0 || index >= listChild.count() || !ASNRemoveChild(node, index))
+        return 0;
+    delete listChild.takeAt(index);
+    return 1;
+}
