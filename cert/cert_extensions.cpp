@@ -31,8 +31,9 @@ Values::const_iterator afterCriticalFlag(const Values &values)
 
 QString withoutWhiteSpace(QString text)
 {
-    text.erase(std::remove_if(text.begin(), text.end(), [](QChar c) { return c.isSpace(); }),
-               text.end());
+    const auto end =
+        std::remove_if(text.begin(), text.end(), [](QChar c) { return c.isSpace(); });
+    text.truncate(static_cast<int>(end - text.begin()));
     return text;
 }
 

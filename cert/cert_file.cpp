@@ -3,6 +3,7 @@
 #include "asn/asn_block.h"
 
 #include <algorithm>
+#include <QList>
 #include <QString>
 
 namespace cert_file {
@@ -63,7 +64,7 @@ QByteArray firstArmouredBlock(const QByteArray &text)
     const auto end = begin < 0 ? -1 : text.indexOf(kEndLine, begin);
     if (end < 0)
         return {};
-    const auto bodyStart = begin + static_cast<decltype(begin)>(qstrlen(kBeginLine));
+    const auto bodyStart = begin + static_cast<int>(qstrlen(kBeginLine));
     QByteArray base64;
     const QList<QByteArray> lines = text.mid(bodyStart, end - bodyStart).split('\n');
     for (const QByteArray &untrimmed : lines) {

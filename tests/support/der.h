@@ -75,7 +75,8 @@ constexpr const char *kRsaEncryption = "2A864886F70D010101";
 constexpr const char *kEcPublicKey = "2A8648CE3D0201";
 constexpr const char *kPrime256 = "2A8648CE3D030107";
 constexpr const char *kSha256WithRsa = "2A864886F70D01010B";
-constexpr const char *kUnknown = "2B0601040186A00F0102"; // nobody names it
+constexpr const char *kUnknown = "2B06010401868D1F0102"; // nobody names it
+constexpr const char *kUnknownDotted = "1.3.6.1.4.1.99999.1.2";
 
 /// The fields of a TBSCertificate (RFC 5280, 4.1). Each is replaced, or emptied to leave it out.
 struct Certificate
@@ -84,8 +85,7 @@ struct Certificate
     QByteArray serialNumber = integer("1234");
     QByteArray signature = sequence({oid(kSha256WithRsa), tlv(0x05, {})});
     QByteArray issuer = sequence({set({attribute(kCommonName, utf8("Issuer"))})});
-    QByteArray validity =
-        sequence({utcTime("200101000000Z"), generalizedTime("20991231235959Z")});
+    QByteArray validity = sequence({utcTime("200101000000Z"), generalizedTime("20991231235959Z")});
     QByteArray subject = sequence({set({attribute(kCommonName, utf8("Subject"))})});
     QByteArray keyInfo = sequence({sequence({oid(kRsaEncryption), tlv(0x05, {})}),
                                    tlv(0x03, QByteArray::fromHex("00308201"))});
