@@ -48,7 +48,7 @@ QByteArray decodeWithoutArmour(const QByteArray &text)
 
 QByteArray certificateOctets(const QByteArray &fileContent)
 {
-    const QByteArray text = fileContent.left(fileContent.indexOf('\0')); // the whole without a NUL
+    const QByteArray text = fileContent.split('\0').first();
     if (!text.contains("BEGIN CERTIFICATE"))
         return fileContent + '\0';
     const QByteArray octets = decodeWithoutArmour(text);

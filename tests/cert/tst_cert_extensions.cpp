@@ -150,7 +150,8 @@ private slots:
         row("authority, serial", authority, {"AB", "01"}, issuer + "Certificate SerialNumber=01");
         row("authority, issuer", authority, {"AB", "CN", "N a m e", "O", "Org", "01 02 03"},
             issuer + "        CN=Name\n        O=Org\nCertificate SerialNumber=01 02 03");
-        row("authority, serial as characters", authority, {"AB", "a b \x01 \xff"},
+        row("authority, serial as characters", authority,
+            {"AB", QString::fromLatin1("a b \x01 \xff")},
             issuer + "Certificate SerialNumber=61 62 01 FF");
         row("authority, two octets", authority, {"AB", "01 02"},
             issuer + "Certificate SerialNumber=01 02");
