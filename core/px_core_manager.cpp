@@ -137,7 +137,8 @@ PXSignatureCoreAgent *getSignatureCore()
 
 QObject *createComponentObject(const QString &progId, const QString &classId)
 {
-    return reinterpret_cast<QObject *>(
+    // The core's method gives the address as a number.
+    return reinterpret_cast<QObject *>( // NOLINT(performance-no-int-to-ptr)
         static_cast<quintptr>(core_calls::createComponentObject(progId, classId)));
 }
 

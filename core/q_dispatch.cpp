@@ -121,6 +121,7 @@ void Q_Dispatch::invokeHelperV(const QString &methodName, void *result, va_list 
             Corelog(QString::fromUtf8("参数错误"));
             return;
         }
+        // The caller started the list. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
         callArguments.append(va_arg(args, void *));
     }
 

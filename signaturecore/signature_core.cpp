@@ -44,10 +44,10 @@ QString shippedConfiguration()
 
 QString SignatureCore::configPath() const
 {
-    const QString chosen = QFile::decodeName(qgetenv("PX_CONFIG_PATH"));
+    QString chosen = QFile::decodeName(qgetenv("PX_CONFIG_PATH"));
     if (!chosen.isEmpty())
         return chosen;
-    const QString own = userConfigHome() + QLatin1String("/orvane");
+    QString own = userConfigHome() + QLatin1String("/orvane");
     if (holdsConfiguration(own))
         return own;
     return installPath() + QLatin1String("/settings/") + shippedConfiguration();

@@ -1,6 +1,7 @@
 #include "util/c_util.h"
 
 #include "util/c_language.h"
+#include "util/file_descriptor.h"
 #include "util/ini_table.h"
 
 #include <cerrno>
@@ -13,26 +14,6 @@
 #include <unistd.h>
 
 namespace {
-
-class FileDescriptor
-{
-public:
-    explicit FileDescriptor(int fd)
-        : m_fd(fd)
-    {
-    }
-    ~FileDescriptor()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    FileDescriptor(const FileDescriptor &) = delete;
-    FileDescriptor &operator=(const FileDescriptor &) = delete;
-    operator int() const { return m_fd; }
-
-private:
-    int m_fd;
-};
 
 // Devices are left alone, since opening one can already do something.
 bool isRegularOrPipe(const struct stat &status)
