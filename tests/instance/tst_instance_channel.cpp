@@ -1,0 +1,313 @@
+#include "app/instance_channel.h"
+#include "app/instance_lock.h"
+
+#include <atomic>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QLocalSocket>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtEndian>
+#include <QTest>
+#include <QTimer>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <thread>
+
+using namespace instance_channel;
+
+namespace {
+
+// Sends from a thread of its own while this one runs the server's event loop.
+bool sendWhileServing(const QString &path, const QString &message, int timeout = 20000)
+{
+    std::atomic<int> result{-1};
+    std::thread sender([&] { result = sendToInstance(path, message, QDeadlineTimer(timeout)); });
+    while (result < 0)
+        QTest::qWait(1);
+    sender.join();
+    return result == 1;
+}
+
+QByteArray header(quint32 size)
+{
+    QByteArray octets(kHeaderSize, '\0');
+    qToBigEndian(size, octets.data());
+    return octets;
+}
+
+// A socket that listens and never accepts, with room for `backlog` clients and one more.
+FileDescriptor deafListener(const QString &path, int backlog)
+{
+    FileDescriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    qstrncpy(address.sun_path, path.toLocal8Bit().constData(), sizeof(address.sun_path));
+    if (::bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof(address)) != 0 ||
+        ::listen(listener, backlog) != 0)
+        return {};
+    return listener;
+}
+
+} // namespace
+
+class TestInstanceChannel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void message_data();
+    void message();
+    void longestMessage();
+    void tooLongMessageIsRefusedAtOnce();
+    void socketIsForTheUserAlone();
+    void staleSocketIsReplaced();
+    void pathTooLongToListen();
+    void senderWaitsForAServerThatIsLate();
+    void senderWaitsForEver();
+    void deadlineHolds_data();
+    void deadlineHolds();
+    void brokenClientsDelayNobody_data();
+    void brokenClientsDelayNobody();
+    void tooLongFrameIsCutOff();
+    void idleClientsAreDropped();
+    void oneMessageAConnection();
+    void clientThatLeavesAtOnceIsHeard();
+    void receiverMayBlockInItsSlot();
+
+private:
+    QScopedPointer<QTemporaryDir> m_directory;
+    QString m_path;
+};
+
+void TestInstanceChannel::init()
+{
+    m_directory.reset(new QTemporaryDir);
+    QVERIFY(m_directory->isValid());
+    m_path = m_directory->filePath(QStringLiteral("socket"));
+}
+
+void TestInstanceChannel::message_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("the viewer's own") << QStringLiteral("raise_window_noop");
+    QTest::newRow("empty") << QString();
+    QTest::newRow("Chinese") << QString::fromUtf8("證書 证书");
+    QTest::newRow("beyond the first plane") << QString::fromUtf8("\xF0\x9F\x94\x92");
+    QTest::newRow("with NUL") << QString(QStringLiteral("a") + QChar(0) + QStringLiteral("b"));
+    QTest::newRow("with line ends") << QStringLiteral("a\r\nb\n");
+}
+
+void TestInstanceChannel::message()
+{
+    QFETCH(QString, text);
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    QVERIFY(sendWhileServing(m_path, text));
+    QCOMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), text);
+}
+
+void TestInstanceChannel::longestMessage()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    // 64 KiB are counted in UTF-8: a letter of three octets among letters of one.
+    const QString text = QString(kMaxMessageSize - 3, QLatin1Char('x')) + QChar(0x8B49);
+    QVERIFY(sendWhileServing(m_path, text));
+    QCOMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), text);
+}
+
+void TestInstanceChannel::tooLongMessageIsRefusedAtOnce()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    QElapsedTimer timer;
+    timer.start();
+    const QString text = QString(kMaxMessageSize - 2, QLatin1Char('x')) + QChar(0x8B49);
+    QVERIFY(!sendToInstance(m_path, text, QDeadlineTimer(20000)));
+    QVERIFY(timer.elapsed() < 5000);
+    QTest::qWait(50);
+    QVERIFY(received.isEmpty());
+}
+
+void TestInstanceChannel::socketIsForTheUserAlone()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    struct stat status = {};
+    QCOMPARE(::lstat(m_path.toLocal8Bit().constData(), &status), 0);
+    QVERIFY(S_ISSOCK(status.st_mode));
+    QCOMPARE(status.st_mode & (S_IRWXG | S_IRWXO), 0U);
+}
+
+void TestInstanceChannel::staleSocketIsReplaced()
+{
+    {
+        const FileDescriptor killed = deafListener(m_path, 1);
+        QVERIFY(killed >= 0);
+    }
+    QVERIFY(QFileInfo::exists(m_path));
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QVERIFY(sendWhileServing(m_path, QStringLiteral("hello")));
+}
+
+void TestInstanceChannel::pathTooLongToListen()
+{
+    InstanceServer server;
+    QVERIFY(!server.listen(m_path + QString(200, QLatin1Char('x'))));
+    QVERIFY(!server.errorText().isEmpty());
+}
+
+void TestInstanceChannel::senderWaitsForAServerThatIsLate()
+{
+    // The lock is held some time before its holder listens.
+    InstanceServer server;
+    QTimer::singleShot(500, &server, [&] { server.listen(m_path); });
+    QVERIFY(sendWhileServing(m_path, QStringLiteral("early")));
+}
+
+void TestInstanceChannel::senderWaitsForEver()
+{
+    InstanceServer server;
+    QTimer::singleShot(500, &server, [&] { server.listen(m_path); });
+    QVERIFY(sendWhileServing(m_path, QStringLiteral("early"), -1));
+}
+
+void TestInstanceChannel::deadlineHolds_data()
+{
+    QTest::addColumn<int>("backlog"); // negative: nobody listens
+    QTest::newRow("nobody") << -1;
+    QTest::newRow("no answer") << 10;
+    QTest::newRow("full queue") << 0;
+}
+
+void TestInstanceChannel::deadlineHolds()
+{
+    QFETCH(int, backlog);
+    const FileDescriptor listener = backlog < 0 ? FileDescriptor() : deafListener(m_path, backlog);
+    QCOMPARE(listener >= 0, backlog >= 0);
+    QLocalSocket first;
+    if (backlog == 0)
+        first.connectToServer(m_path);
+    QElapsedTimer timer;
+    timer.start();
+    const QString text(kMaxMessageSize, QLatin1Char('x'));
+    QVERIFY(!sendToInstance(m_path, text, QDeadlineTimer(700)));
+    QVERIFY(timer.elapsed() >= 690);
+    QVERIFY2(timer.elapsed() < 3000, QByteArray::number(timer.elapsed()).constData());
+}
+
+void TestInstanceChannel::brokenClientsDelayNobody_data()
+{
+    QTest::addColumn<QByteArray>("octets");
+    QTest::newRow("silent") << QByteArray();
+    QTest::newRow("half a header") << QByteArray("\0\0", 2);
+    QTest::newRow("header alone") << header(10);
+    QTest::newRow("half a message") << header(10) + "12345";
+    QTest::newRow("one octet short of the longest")
+        << header(kMaxMessageSize) + QByteArray(kMaxMessageSize - 1, 'x');
+    QTest::newRow("too long") << header(kMaxMessageSize + 1) + QByteArray(1000, 'x');
+    QTest::newRow("much too long") << header(0xFFFFFFFFU) + QByteArray(1000, 'x');
+    QTest::newRow("no protocol at all") << QByteArray("GET / HTTP/1.0\r\n\r\n");
+}
+
+void TestInstanceChannel::brokenClientsDelayNobody()
+{
+    QFETCH(QByteArray, octets);
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    constexpr int kClients = 200;
+    std::vector<QLocalSocket> clients(kClients);
+    for (QLocalSocket &client : clients) {
+        client.connectToServer(m_path);
+        client.write(octets);
+        QTest::qWait(1);
+    }
+    QElapsedTimer timer;
+    timer.start();
+    QVERIFY(sendWhileServing(m_path, QStringLiteral("good")));
+    QVERIFY2(timer.elapsed() < 2500, QByteArray::number(timer.elapsed()).constData());
+    QCOMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("good"));
+}
+
+void TestInstanceChannel::tooLongFrameIsCutOff()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QLocalSocket client;
+    client.connectToServer(m_path);
+    client.write(header(kMaxMessageSize + 1));
+    QTRY_COMPARE_WITH_TIMEOUT(client.state(), QLocalSocket::UnconnectedState, 2000);
+    QCOMPARE(client.bytesAvailable(), 0);
+}
+
+void TestInstanceChannel::idleClientsAreDropped()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QLocalSocket client;
+    client.connectToServer(m_path);
+    client.write(header(10) + "12345");
+    QTRY_COMPARE_WITH_TIMEOUT(client.state(), QLocalSocket::UnconnectedState, 10000);
+    QTRY_COMPARE(server.findChildren<QLocalSocket *>().size(), 0);
+}
+
+void TestInstanceChannel::oneMessageAConnection()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    QLocalSocket client;
+    client.connectToServer(m_path);
+    client.write(header(3) + "one" + header(3) + "two");
+    QTRY_COMPARE(client.state(), QLocalSocket::UnconnectedState);
+    QCOMPARE(client.readAll(), QByteArray(1, kAcknowledge));
+    QTest::qWait(50);
+    QCOMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("one"));
+}
+
+void TestInstanceChannel::clientThatLeavesAtOnceIsHeard()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    {
+        QLocalSocket client;
+        client.connectToServer(m_path);
+        client.write(header(3) + "one");
+        QVERIFY(client.flush());
+    }
+    QTRY_COMPARE(received.size(), 1);
+}
+
+void TestInstanceChannel::receiverMayBlockInItsSlot()
+{
+    // A slot that runs an event loop of its own, as a message box does, and gets the next message
+    // meanwhile.
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QStringList received;
+    bool innerSent = false;
+    connect(&server, &InstanceServer::messageReceived, this, [&](const QString &message) {
+        received.append(message);
+        if (received.size() == 1)
+            innerSent = sendWhileServing(m_path, QStringLiteral("inner"));
+    });
+    QVERIFY(sendWhileServing(m_path, QStringLiteral("outer")));
+    QVERIFY(innerSent);
+    QCOMPARE(received, QStringList({QStringLiteral("outer"), QStringLiteral("inner")}));
+}
+
+QTEST_GUILESS_MAIN(TestInstanceChannel)
+#include "tst_instance_channel.moc"
