@@ -152,6 +152,7 @@ unsigned char *PXBase64Decode(const char *text, std::uint64_t *length)
     } else if (size != 0 && GetTableIndex(text[size - 1]) == kPadding) {
         decoded -= 1;
     }
+    data[decoded] = 0; // bits that padding leaves over may stand there
     if (length != nullptr) {
         *length = decoded;
     }

@@ -10,7 +10,7 @@
 struct child_end
 {
     int signal = 0;    ///< what ended it, or 0
-    QByteArray errors; ///< what it wrote to standard error
+    QByteArray output; ///< what it wrote to standard output and error
 };
 
 /// Runs `body` in a forked child and waits for its end.
@@ -21,8 +21,10 @@ child_end runInChild(Body body)
     if (pipe(ends) != 0) {
         return {};
     }
+    std::fflush(stdout);
     const pid_t child = fork();
     if (child == 0) {
+        dup2(ends[1], STDOUT_FILENO);
         dup2(ends[1], STDERR_FILENO);
         close(ends[0]);
         close(ends[1]);
@@ -30,13 +32,14 @@ child_end runInChild(Body body)
         setrlimit(RLIMIT_CORE, &noCore);
         std::signal(SIGABRT, SIG_DFL);
         body();
+        std::fflush(stdout);
         _exit(0);
     }
     close(ends[1]);
     child_end result;
     char text[512];
     for (ssize_t size = 0; (size = read(ends[0], text, sizeof text)) > 0;) {
-        result.errors.append(text, int(size));
+        result.output.append(text, int(size));
     }
     close(ends[0]);
     int status = 0;
@@ -44,3 +47,24 @@ child_end runInChild(Body body)
     result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
     return result;
 }
+
+/// Runs `body` in a forked child that gets no more memory: with a sanitizer no more than the limit
+/// in `PX_SMALL_ALLOCATIONS`, without one hardly any.
+template <typename Body>
+child_end runWithoutMemory(Body body)
+{
+    return runInChild([&] {
+#ifndef __SANITIZE_ADDRESS__
+        const rlimit none{1, 1};
+        setrlimit(RLIMIT_AS, &none);
+#endif
+        body();
+    });
+}
+
+/// Lets the sanitizer's allocator fail as the C library's does.
+#define PX_SMALL_ALLOCATIONS                                                                       \
+    extern "C" const char *__asan_default_options()                                                \
+    {                                                                                              \
+        return "allocator_may_return_null=1:max_allocation_size_mb=64";                            \
+    }

@@ -1,3 +1,4 @@
+#include "child_process.h"
 #include "guarded_buffer.h"
 #include "pxcpp/code_convert.h"
 
@@ -5,6 +6,8 @@
 #include <QRandomGenerator>
 #include <QtTest>
 #include <vector>
+
+PX_SMALL_ALLOCATIONS
 
 namespace {
 
@@ -57,6 +60,36 @@ QByteArray iconvFromUtf8(const QByteArray &utf8)
     return result;
 }
 
+/// A text of `size` letters A that takes little memory: the same page over and over.
+class LongText
+{
+public:
+    explicit LongText(std::size_t size)
+        : m_size((size / kBlock + 1) * kBlock + kBlock)
+    {
+        const int file = memfd_create("text", 0);
+        const std::vector<char> block(kBlock, 'A');
+        const bool written = write(file, block.data(), kBlock) == ssize_t(kBlock);
+        m_text = static_cast<char *>(
+            mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        for (std::size_t at = 0; written && at + kBlock <= size; at += kBlock) {
+            mmap(m_text + at, kBlock, PROT_READ, MAP_SHARED | MAP_FIXED, file, 0);
+        }
+        std::memset(m_text + size / kBlock * kBlock, 'A', size % kBlock);
+        close(file);
+    }
+    ~LongText() { munmap(m_text, m_size); }
+    LongText(const LongText &) = delete;
+    LongText &operator=(const LongText &) = delete;
+
+    const char *get() const { return m_text; }
+
+private:
+    static constexpr std::size_t kBlock = std::size_t(1) << 22;
+    std::size_t m_size;
+    char *m_text;
+};
+
 } // namespace
 
 Q_DECLARE_METATYPE(Units)
@@ -79,6 +112,8 @@ private slots:
     void toUtf8();
     void toUtf8KeepsToSize();
     void nothingToDo();
+    void tooLong();
+    void withoutMemory();
     void likeIconv();
     void randomOctets();
 };
@@ -267,6 +302,31 @@ void tst_pxcpp_gbk::nothingToDo()
     QCOMPARE(code_gbk_to_utf8("A", output, -1), 0);
     QCOMPARE(output, "xxx");
     QCOMPARE(unit, 7U);
+}
+
+void tst_pxcpp_gbk::tooLong()
+{
+    char output[] = "xxx";
+    {
+        const LongText text(INT_MAX / 3 + 1);
+        QCOMPARE(std::strlen(text.get()), std::size_t(INT_MAX / 3 + 1));
+        QCOMPARE(code_utf8_to_gbk(text.get(), output), 0);
+    }
+    const LongText text(std::size_t(INT_MAX) + 1);
+    QCOMPARE(std::strlen(text.get()), std::size_t(INT_MAX) + 1);
+    QCOMPARE(code_gbk_to_utf8(text.get(), output, 4), 0);
+    QCOMPARE(output, "xxx");
+}
+
+void tst_pxcpp_gbk::withoutMemory()
+{
+    const LongText text(20000000);
+    const auto result = runWithoutMemory([&] {
+        char output[] = "xxx";
+        std::printf("%d ", code_utf8_to_gbk(text.get(), output));
+        std::printf("%d %s\n", code_gbk_to_utf8(text.get(), output, 4), output);
+    });
+    QVERIFY2(result.output.endsWith("0 0 xxx\n"), result.output.constData());
 }
 
 void tst_pxcpp_gbk::likeIconv()

@@ -272,7 +272,7 @@ void tst_pxcpp_utf8::decodeByTheTable()
     QRandomGenerator random(1);
     for (int first = 0xC0; first < 256; ++first) {
         const int size = code_get_utf8_byte_size(static_cast<unsigned char>(first));
-        for (int round = 0; round < 2000; ++round) {
+        for (int round = 0; round < 300; ++round) {
             QByteArray text(1, char(first));
             while (text.size() < size) {
                 text.append(char(0x80 + random.bounded(size == 2 ? 0x20 : 0x40)));
@@ -522,7 +522,7 @@ void tst_pxcpp_utf8::assertions()
     };
     for (const auto &[end, text] : cases) {
         QCOMPARE(end.signal, SIGABRT);
-        QVERIFY2(end.errors.contains(text), end.errors.constData());
+        QVERIFY2(end.output.contains(text), end.output.constData());
     }
 }
 
