@@ -1,0 +1,39 @@
+#include "app/mainwindow.h"
+#include "app/program_look.h"
+#include "app/qtsingleapplication.h"
+#include "app/window_style.h"
+#include "core/px_core_manager.h"
+#include "core/qt_compat.h"
+
+#include <QDir>
+#include <QIcon>
+#include <QScreen>
+
+int main(int argc, char *argv[])
+{
+    startDirectory();
+    program_look::chooseDisplay();
+    followDesktopScale();
+    QtSingleApplication application(QStringLiteral("PXViewCertTool   master application"), argc,
+                                    argv);
+    if (application.isRunning()) {
+        qDebug("this is already running");
+        application.sendMessage(QStringLiteral("raise_window_noop"), 4000);
+        return 0;
+    }
+    // Deliberate: nobody listens to messageReceived; the running window is not raised.
+    QDir::setCurrent(QCoreApplication::applicationDirPath());
+    QCoreApplication::addLibraryPath(QStringLiteral("plugins"));
+    program_look::dress();
+
+    MainWindow window;
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/img/res/stamp.ico")));
+    window.move(
+        window_style::centred(window.geometry(), QGuiApplication::primaryScreen()->geometry()));
+    if (argc <= 1)
+        return 0; // nothing to show; the window was built all the same
+    window.loadcertfile(argv[1]);
+    window.setVisible(true);
+    qDebug("main:: end");
+    return QApplication::exec();
+}

@@ -1,0 +1,284 @@
+#include "app/mainwindow.h"
+
+#include "app/focus_mark.h"
+#include "app/program_look.h"
+#include "app/table_keys.h"
+#include "app/title_translation.h"
+#include "app/window_style.h"
+#include "core/px_core_manager.h"
+#include "core/qt_compat.h"
+#include "ui_mainwindow.h"
+#include "util/c_language.h"
+
+#include <QApplication>
+#include <QListView>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QToolButton>
+
+using namespace window_style;
+
+// The resources of a static library have to be asked for. Outside of any namespace, as the macro
+// wants it.
+static void initResources()
+{
+    Q_INIT_RESOURCE(res);
+}
+
+namespace {
+
+QString text(const char *key)
+{
+    return displayText(QLatin1String(key));
+}
+
+QFrame *newLine(QWidget *window, const QRect &place)
+{
+    auto *line = new QFrame(window);
+    line->setObjectName(QStringLiteral("lineEnd2")); // Deliberate: both lines are named so
+    line->setGeometry(place);
+    line->setStyleSheet(lineStyle());
+    line->setFrameShadow(QFrame::Plain);
+    line->setMidLineWidth(1);
+    line->setFrameShape(QFrame::HLine);
+    return line;
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent)
+    , ui(new Ui_MainWindow)
+    , m_cert(nullptr)
+{
+    initResources();
+    GetCoreManager();
+    c_language *language = c_language::GetLangPtr();
+    language->LANG_SetFileName(QString());
+    program_look::substituteFonts(language->section());
+    QCoreApplication::installTranslator(new TitleTranslation(this));
+
+    ui->setupUi(this);
+    setUpFrame();
+    setUpLabels();
+    setUpTitleStrip();
+    connect(&m_cert, &c_pxcert::result_detail, this, &MainWindow::result_detail);
+    connect(&m_cert, &c_pxcert::result_normal, this, &MainWindow::result_normal);
+    setUpTabs();
+    setUpTable();
+    setUpLines();
+    setUpButtons();
+    setUpBoxes();
+    setUpSelector();
+    ui->tabWidget->setCurrentIndex(0);
+    setUpKeyboard();
+    nameControls();
+}
+
+MainWindow::~MainWindow()
+{
+    delete ui;
+}
+
+void MainWindow::setUpFrame()
+{
+    setFixedWidth(scaled(kWidth, m_scale));
+    setFixedHeight(scaled(kHeight, m_scale));
+    setWindowFlags(Qt::FramelessWindowHint);
+    setAttribute(Qt::WA_TranslucentBackground, true);
+    m_background.load(QStringLiteral(":/img/res/background.png"));
+    m_centerRect = backgroundCentre();
+}
+
+void MainWindow::setUpLabels()
+{
+    ui->label_icon->setGeometry(placed(kIcon, m_scale));
+    ui->label_icon->setPixmap(QPixmap(QStringLiteral(":/img/cert.png")));
+    ui->label_icon->setScaledContents(true);
+    ui->label->setGeometry(placed(kIconLabel, m_scale));
+    ui->label->setStyleSheet(textStyle(m_scale));
+    ui->label->setText(text("PXCERTREAD_0068"));
+    ui->label_2_notice->setGeometry(placed(kNotice, m_scale));
+    ui->label_2_notice->setStyleSheet(textStyle(m_scale));
+    ui->label_2_notice->setText(text("PXCERTREAD_0069"));
+}
+
+void MainWindow::setUpTitleStrip()
+{
+    auto *strip = new QLabel(this);
+    strip->setGeometry(placed(kTitleStrip, m_scale));
+    strip->setScaledContents(true);
+    strip->setPixmap(QPixmap(QStringLiteral(":/img/res/bk_rose_gold_noborder.png")));
+}
+
+void MainWindow::setUpTabs()
+{
+    ui->tabWidget->setStyleSheet(tabsStyle(m_scale));
+    ui->tabWidget->setGeometry(placed(kTabs, m_scale));
+    ui->tabWidget->setTabText(0, text("PXCERTREAD_0066"));
+    ui->tabWidget->setTabText(1, text("PXCERTREAD_0067"));
+}
+
+void MainWindow::setUpTable()
+{
+    QTableWidget *table = ui->tableWidget_detailinfo;
+    QHeaderView *header = table->horizontalHeader();
+    table->setColumnCount(2);
+    header->setStyleSheet(tableHeaderStyle());
+    table->setGeometry(placed(kTable, m_scale));
+    header->setDefaultAlignment(Qt::AlignLeft);
+    header->setHighlightSections(false);
+    table->setHorizontalHeaderLabels({text("PXCERTREAD_0001"), text("PXCERTREAD_0002")});
+    table->setColumnWidth(0, table->width() / 5 * 2);
+    header->setStretchLastSection(true);
+    table->setShowGrid(false);
+    table->setStyleSheet(tableStyle(m_scale));
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->verticalScrollBar()->setStyleSheet(tableScrollBarStyle(m_scale));
+    table->verticalHeader()->setVisible(false);
+    header->setDisabled(true);
+    table->verticalHeader()->setDisabled(true);
+    table->setSelectionMode(QAbstractItemView::SingleSelection);
+    table->setItemDelegate(new BeginningDelegate(table));
+}
+
+void MainWindow::setUpLines()
+{
+    newLine(this, placed(kTabLine, m_scale));
+    m_line = newLine(this, placed(kGeneralLine, m_scale));
+}
+
+void MainWindow::setUpButtons()
+{
+    auto *closeButton = new QToolButton(this);
+    auto *bottomButton = new QPushButton(this);
+    m_titleCaption = new QLabel(this);
+
+    QFont font(QStringLiteral("Microsoft YaHei"), kCaptionPointSize, QFont::Normal);
+    m_titleCaption->setFont(font);
+    QPalette palette;
+    palette.setBrush(QPalette::All, QPalette::WindowText, QBrush(QColor(255, 255, 255, 255)));
+    m_titleCaption->setPalette(palette);
+    m_titleCaption->setObjectName(QStringLiteral("titileCaption")); // Deliberate: spelled so
+    m_titleCaption->setText(text("PXCERTREAD_0039"));
+
+    closeButton->setGeometry(placed(kCloseButton, m_scale, size()));
+    bottomButton->setFixedHeight(scaled(kButtonHeight, m_scale));
+    bottomButton->setGeometry(placed(kBottomButton, m_scale, size()));
+    font.setPixelSize(scaled(kButtonPixelSize, m_scale));
+    bottomButton->setFont(font);
+    bottomButton->setText(text("PXCERTREAD_0041"));
+    m_titleCaption->setGeometry(placed(kCaption, m_scale, size()));
+    closeButton->setToolTip(text("PXCERTREAD_0041"));
+    closeButton->setCursor(Qt::PointingHandCursor);
+    connect(closeButton, &QToolButton::clicked, this, &MainWindow::Exit);
+    connect(bottomButton, &QPushButton::clicked, this, &MainWindow::Exit);
+    closeButton->setStyleSheet(closeButtonStyle());
+    bottomButton->setStyleSheet(bottomButtonStyle(m_scale));
+    bottomButton->setCursor(Qt::PointingHandCursor);
+
+    // Reading order.
+    setTabOrder(closeButton, ui->tabWidget);
+    setTabOrder(ui->tabWidget, ui->plainTextEdit_normal);
+    setTabOrder(ui->plainTextEdit_normal, ui->plainTextEdit_normal_2);
+    setTabOrder(ui->plainTextEdit_normal_2, ui->comboBox_selection);
+    setTabOrder(ui->comboBox_selection, ui->tableWidget_detailinfo);
+    setTabOrder(ui->tableWidget_detailinfo, ui->plainTextEdit_detail_2);
+    setTabOrder(ui->plainTextEdit_detail_2, bottomButton);
+    closeButton->setAccessibleName(text("PXCERTREAD_0041"));
+}
+
+void MainWindow::setUpBoxes()
+{
+    ui->plainTextEdit_normal->setGeometry(placed(kStatusBox, m_scale));
+    ui->plainTextEdit_normal->setStyleSheet(textStyle(m_scale));
+    ui->plainTextEdit_normal_2->setGeometry(placed(kIdentityBox, m_scale));
+    ui->plainTextEdit_normal_2->setStyleSheet(textStyle(m_scale));
+    ui->plainTextEdit_detail_2->setGeometry(placed(kDetailBox, m_scale));
+    ui->plainTextEdit_detail_2->setStyleSheet(textStyle(m_scale));
+    ui->plainTextEdit_detail_2->verticalScrollBar()->setStyleSheet(boxScrollBarStyle(m_scale));
+    for (QPlainTextEdit *box :
+         {ui->plainTextEdit_normal, ui->plainTextEdit_normal_2, ui->plainTextEdit_detail_2})
+        box->setContextMenuPolicy(Qt::NoContextMenu);
+}
+
+void MainWindow::setUpSelector()
+{
+    QComboBox *selector = ui->comboBox_selection;
+    selector->setView(new QListView(selector)); // the items' style applies to no other view
+    selector->setGeometry(placed(kSelector, m_scale));
+    for (const char *key : {"PXCERTREAD_0011", "PXCERTREAD_0012", "PXCERTREAD_0013"})
+        selector->addItem(text(key));
+    selector->setStyleSheet(selectorStyle(m_scale));
+}
+
+// Beyond the mouse: what a keyboard and a screen reader need, without a control of its own.
+void MainWindow::setUpKeyboard()
+{
+    for (const char *keys : {"Esc", "Ctrl+W", "Ctrl+Q"})
+        connect(new QShortcut(QKeySequence(QLatin1String(keys)), this), &QShortcut::activated, this,
+                &MainWindow::Exit);
+    connect(new TableKeys(ui->tableWidget_detailinfo), &TableKeys::rowChosen, this,
+            &MainWindow::on_tableWidget_detailinfo_clicked);
+    ui->tabWidget->setFocus();
+    new FocusMark(this);
+}
+
+void MainWindow::nameControls()
+{
+    ui->tabWidget->setAccessibleName(text("PXCERTREAD_0039"));
+    ui->plainTextEdit_normal->setAccessibleName(text("PXCERTREAD_0068").trimmed());
+    ui->plainTextEdit_normal_2->setAccessibleName(text("PXCERTREAD_0020"));
+    ui->comboBox_selection->setAccessibleName(text("PXCERTREAD_0069"));
+    ui->tableWidget_detailinfo->setAccessibleName(text("PXCERTREAD_0067"));
+    ui->plainTextEdit_detail_2->setAccessibleName(text("PXCERTREAD_0002"));
+}
+
+void MainWindow::Exit()
+{
+    close();
+}
+
+void MainWindow::paintEvent(QPaintEvent * /*event*/)
+{
+    Patch patches[kPatchCount];
+    backgroundPatches(size(), m_centerRect, patches);
+    QPainter painter(this);
+    for (const Patch &patch : patches)
+        painter.drawPixmap(patch.target, m_background, patch.source);
+}
+
+void MainWindow::mousePressEvent(QMouseEvent *event)
+{
+    const QPoint global = globalPoint(event);
+    if (dragArea(size()).contains(mapFromGlobal(global))) {
+        m_dragging = true;
+        m_dragPosition = global - pos();
+    }
+    QWidget::mousePressEvent(event);
+}
+
+void MainWindow::mouseMoveEvent(QMouseEvent *event)
+{
+    if (m_dragging && event->buttons()) {
+        const QPoint global = globalPoint(event);
+        const QPoint target = global - m_dragPosition;
+        // Deliberate: the threshold counts from the desktop's origin, not from where the drag
+        // began.
+        if (target.manhattanLength() > QApplication::startDragDistance()) {
+            move(target);
+            m_dragPosition = global - pos();
+        }
+    }
+    QWidget::mouseMoveEvent(event);
+}
+
+void MainWindow::mouseReleaseEvent(QMouseEvent *event)
+{
+    m_dragging = false;
+    QWidget::mouseReleaseEvent(event);
+}

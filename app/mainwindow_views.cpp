@@ -1,0 +1,97 @@
+// How the window shows a certificate's texts and rows.
+
+#include "app/mainwindow.h"
+#include "app/table_keys.h"
+#include "core/px_core_manager.h"
+#include "ui_mainwindow.h"
+#include "util/c_util.h"
+
+#include <iterator>
+#include <QDebug>
+#include <QFile>
+
+namespace {
+
+// A longer argument is no path but a certificate.
+constexpr int kLongestPath = 255;
+
+// By now the working directory is the install directory: a relative path that names nothing there
+// means the directory the program was started from.
+QByteArray certificatePath(const QByteArray &path)
+{
+    const QByteArray fromStart = QFile::encodeName(startDirectory()) + '/' + path;
+    c_util files;
+    const bool isRelative = !path.startsWith('/');
+    return isRelative && !files.FileExists(path.constData()) &&
+                   files.FileExists(fromStart.constData())
+               ? fromStart
+               : path;
+}
+
+void appendRow(QTableWidget *table, const detail_node &node)
+{
+    const int row = table->rowCount();
+    table->setRowCount(row + 1);
+    auto *name = new QTableWidgetItem(node.name);
+    name->setData(kFullValueRole, node.full_value);
+    table->setItem(row, 0, name);
+    table->setItem(row, 1, new QTableWidgetItem(node.value));
+}
+
+} // namespace
+
+bool MainWindow::loadcertfile(const char *path)
+{
+    const QString argument = QString::fromLatin1(path);
+    const bool loaded = argument.size() > kLongestPath
+                            ? m_cert.parse_cert(argument.toLatin1())
+                            : m_cert.loadfile(certificatePath(path).constData());
+    if (loaded)
+        qDebug("mainwindow::loadcertfile end");
+    return loaded;
+}
+
+void MainWindow::result_normal(const QString &snormal, int type)
+{
+    (type == 0 ? ui->plainTextEdit_normal : ui->plainTextEdit_normal_2)->appendPlainText(snormal);
+}
+
+void MainWindow::result_detail(std::vector<detail_node> detail_data)
+{
+    for (const detail_node &node : detail_data)
+        appendRow(ui->tableWidget_detailinfo, node);
+    m_nodes.insert(m_nodes.begin(), std::make_move_iterator(detail_data.begin()),
+                   std::make_move_iterator(detail_data.end()));
+}
+
+void MainWindow::on_comboBox_selection_currentIndexChanged(int index)
+{
+    ui->tableWidget_detailinfo->setRowCount(0);
+    ui->plainTextEdit_detail_2->clear();
+    for (const detail_node &node : m_nodes) {
+        if (index == 0 || node.kind == index - 1)
+            appendRow(ui->tableWidget_detailinfo, node);
+    }
+}
+
+void MainWindow::on_tableWidget_detailinfo_clicked(const QModelIndex &index)
+{
+    ui->plainTextEdit_detail_2->clear();
+    const QString name = ui->tableWidget_detailinfo->item(index.row(), 0)->text();
+    for (const detail_node &node : m_nodes) {
+        if (node.name == name)
+            ui->plainTextEdit_detail_2->appendPlainText(node.full_value);
+    }
+}
+
+void MainWindow::on_tabWidget_currentChanged(int index)
+{
+    qDebug() << index;
+    if (index == 0 || index == 1)
+        m_line->setVisible(index == 0);
+}
+
+void MainWindow::on_tabWidget_tabBarClicked(int index)
+{
+    qDebug() << index;
+}

@@ -1,0 +1,86 @@
+#include "app/program_look.h"
+
+#include <QApplication>
+#include <QFont>
+#include <QPalette>
+#include <QStringList>
+#include <QStyleFactory>
+#include <QToolTip>
+
+namespace program_look {
+
+namespace {
+
+struct RoleColor
+{
+    QPalette::ColorRole role;
+    QRgb color;
+};
+
+// Selected text is dark, for the style sheets select in light blue.
+constexpr RoleColor kColors[] = {
+    {QPalette::Window, 0xffffffff},
+    {QPalette::WindowText, 0xff333333},
+    {QPalette::Base, 0xffffffff},
+    {QPalette::AlternateBase, 0xfff7f7f7},
+    {QPalette::Text, 0xff333333},
+    {QPalette::BrightText, 0xffffffff},
+    {QPalette::Button, 0xfff5f5f5},
+    {QPalette::ButtonText, 0xff1c1c1c},
+    {QPalette::Light, 0xffffffff},
+    {QPalette::Midlight, 0xfff0f0f0},
+    {QPalette::Mid, 0xffd7d7d7},
+    {QPalette::Dark, 0xffa0a0a0},
+    {QPalette::Shadow, 0xff707070},
+    {QPalette::Highlight, 0xffadd8e6},
+    {QPalette::HighlightedText, 0xff1c1c1c},
+    {QPalette::Link, 0xff0b57a4},
+    {QPalette::LinkVisited, 0xff6a3d9a},
+    {QPalette::ToolTipBase, 0xffffffff},
+    {QPalette::ToolTipText, 0xff333333},
+    {QPalette::PlaceholderText, 0xff767676},
+};
+
+QPalette lightPalette()
+{
+    QPalette palette;
+    for (const RoleColor &entry : kColors)
+        palette.setColor(QPalette::All, entry.role, QColor::fromRgb(entry.color));
+    return palette;
+}
+
+// The font that the style sheets name.
+const QString &skinFont()
+{
+    static const QString name = QStringLiteral("Microsoft YaHei");
+    return name;
+}
+
+} // namespace
+
+void chooseDisplay()
+{
+    if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY") && !qEnvironmentVariableIsEmpty("DISPLAY") &&
+        !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+}
+
+void dress()
+{
+    const QPalette palette = lightPalette();
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setPalette(palette);
+    QToolTip::setPalette(palette);
+}
+
+void substituteFonts(const QString &section)
+{
+    const bool traditional = section == QLatin1String("TW");
+    const QString region = traditional ? QStringLiteral("TC") : QStringLiteral("SC");
+    QFont::insertSubstitutions(skinFont(), {QStringLiteral("Noto Sans CJK ") + region,
+                                            QStringLiteral("Source Han Sans ") + region,
+                                            QStringLiteral("WenQuanYi Micro Hei"),
+                                            QStringLiteral("WenQuanYi Zen Hei")});
+}
+
+} // namespace program_look

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+/// What makes the program look the same on every desktop.
+namespace program_look {
+
+/// Chooses X11 on a Wayland desktop that offers it, since the window places and drags itself; a
+/// platform the user chose stands. To be called before the application object is made.
+void chooseDisplay();
+
+/// Widget style and colours of the program's own: its skin is a light one, whatever the desktop's
+/// theme is.
+void dress();
+
+/// Names the fonts that stand in for the style sheets' font, which Linux desktops lack, best first
+/// for the language of `section` (CN, TW or EN).
+void substituteFonts(const QString &section);
+
+} // namespace program_look

@@ -1,0 +1,17 @@
+#include "app/title_translation.h"
+
+#include "util/c_language.h"
+
+#include <cstring>
+
+QString TitleTranslation::translate(const char *context, const char *sourceText,
+                                    const char * /*disambiguation*/, int /*n*/) const
+{
+    const c_language *language = c_language::GetLangPtr();
+    if (std::strcmp(context, "MainWindow") != 0 || std::strcmp(sourceText, "证书查看器") != 0 ||
+        language->section() == QLatin1String("CN"))
+        return {};
+    QString title;
+    language->GetValue(QStringLiteral("PXCERTREAD_0039"), title);
+    return title; // an empty one leaves the form's
+}
