@@ -1,0 +1,295 @@
+#include "tests/languages/tables.h"
+#include "util/c_language.h"
+#include "util/c_util.h"
+
+#include <QHash>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSet>
+#include <QSettings>
+#include <QtTest>
+
+using tables::cell;
+
+namespace {
+
+constexpr const char *kLanguages[] = {"CN", "TW", "EN"};
+constexpr const char *kFileName = "PXViewCertTool_Lang.ini";
+
+// The file that the programs of the build tree read.
+QString builtFile()
+{
+    return QStringLiteral(PX_BINARY_DIR "/languages/") + QLatin1String(kFileName);
+}
+
+QSettings &settings()
+{
+    static QSettings settings(builtFile(), QSettings::IniFormat);
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    settings.setIniCodec("utf-8");
+#endif
+    return settings;
+}
+
+QStringList keysOf(const char *section)
+{
+    settings().beginGroup(QLatin1String(section));
+    QStringList keys = settings().allKeys();
+    settings().endGroup();
+    keys.sort();
+    return keys;
+}
+
+// The language table of a viewer whose suite speaks `language`.
+const c_language &tableOf(const char *language)
+{
+    static QHash<QByteArray, c_language> tables;
+    if (!tables.contains(language)) {
+        qputenv("PX_CONFIG_PATH", QByteArray(PX_BINARY_DIR "/settings/") + language);
+        tables[language].LANG_SetFileName(QString());
+    }
+    return tables[language];
+}
+
+// What the section OID says for an identifier; empty when it says nothing.
+QString underOid(const QString &oid)
+{
+    QString value;
+    c_util().GetKeyValue(kFileName, QStringLiteral("OID"), oid, value);
+    return value;
+}
+
+} // namespace
+
+class tst_languages_file : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void isWhatTheTablesSay();
+    void holdsEveryValueQuotedAndEveryKeyInAscii();
+    void hasTheSameKeysInEveryLanguage();
+    void hasNoKeyThatACertificateCouldHoldAsAValue();
+    void readsBack_data();
+    void readsBack();
+    void namesIdentifiers_data();
+    void namesIdentifiers();
+    void keepsShortNamesOfAttributes_data();
+    void keepsShortNamesOfAttributes();
+    void recognisesExtensions_data();
+    void recognisesExtensions();
+    void namesNoTwoRowsAlike_data();
+    void namesNoTwoRowsAlike();
+};
+
+void tst_languages_file::isWhatTheTablesSay()
+{
+    QProcess process;
+    process.start(QStringLiteral(PX_SOURCE_DIR "/tools/generate_languages.py"),
+                  {QStringLiteral("--check")});
+    QVERIFY2(process.waitForFinished(), qPrintable(process.errorString()));
+    QVERIFY2(process.exitCode() == 0, process.readAllStandardError().constData());
+
+    QFile shipped(QStringLiteral(PX_SOURCE_DIR "/languages/") + QLatin1String(kFileName));
+    QFile built(builtFile());
+    QVERIFY(shipped.open(QIODevice::ReadOnly) && built.open(QIODevice::ReadOnly));
+    QCOMPARE(built.readAll(), shipped.readAll());
+}
+
+void tst_languages_file::holdsEveryValueQuotedAndEveryKeyInAscii()
+{
+    QFile file(builtFile());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QString content = QString::fromUtf8(file.readAll());
+    const QRegularExpression line(
+        QStringLiteral(R"(^(|;.*|\[[A-Z]+\]|[A-Za-z0-9_.]+="([^"\\]|\\["\\])+")$)"));
+    const QStringList lines = content.split(QLatin1Char('\n'));
+    QVERIFY(lines.size() > 1000);
+    for (const QString &each : lines)
+        QVERIFY2(line.match(each).hasMatch(), qPrintable(each));
+}
+
+void tst_languages_file::hasTheSameKeysInEveryLanguage()
+{
+    const QStringList keys = keysOf("EN");
+    QVERIFY(!keys.isEmpty());
+    QCOMPARE(keysOf("CN"), keys);
+    QCOMPARE(keysOf("TW"), keys);
+
+    // And none that nothing uses: what is not the program's own text belongs to an identifier.
+    QStringList names;
+    for (const QString &oid : keysOf("OID"))
+        names.append(underOid(oid));
+    for (const QString &key : keys)
+        QVERIFY2(key.startsWith(QLatin1String("PXCERTREAD_")) || names.contains(key),
+                 qPrintable(key));
+}
+
+// Values of a certificate are looked up as well, so a key must not look like one.
+void tst_languages_file::hasNoKeyThatACertificateCouldHoldAsAValue()
+{
+    const QRegularExpression key(
+        QStringLiteral("^PX(CERTREAD_00[0-7][0-9]|OID_[0-9]+(_[0-9]+)+)$"));
+    for (const char *language : kLanguages) {
+        for (const QString &each : keysOf(language))
+            QVERIFY2(key.match(each).hasMatch(), qPrintable(each));
+    }
+}
+
+void tst_languages_file::readsBack_data()
+{
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("text");
+    const auto add = [](const char *language, const QString &key, const tables::Row &row) {
+        QTest::addRow("%s %s", language, qPrintable(key))
+            << QString::fromLatin1(language) << key << tables::text(cell(row, language));
+    };
+    const auto texts = tables::read("texts.tsv");
+    const auto names = tables::read("oids.tsv");
+    for (const char *language : kLanguages) {
+        for (const tables::Row &row : texts)
+            add(language, cell(row, "key"), row);
+        for (const tables::Row &row : names)
+            add(language, tables::keyOf(cell(row, "oid")), row);
+    }
+}
+
+void tst_languages_file::readsBack()
+{
+    QFETCH(QString, language);
+    QFETCH(QString, key);
+    QFETCH(QString, text);
+    QVERIFY(!text.isEmpty());
+
+    const QString path = language + QLatin1Char('/') + key;
+    QCOMPARE(settings().value(path).toString(), text);
+
+    const c_language &table = tableOf(language.toLatin1().constData());
+    QCOMPARE(table.section(), language);
+    QCOMPARE(table.GetValue(key), text);
+}
+
+void tst_languages_file::namesIdentifiers_data()
+{
+    QTest::addColumn<QString>("oid");
+    QTest::addColumn<QString>("key");
+    int count = tables::read("attributes.tsv").size();
+    for (const tables::Row &row : tables::read("oids.tsv")) {
+        const QString oid = cell(row, "oid");
+        QTest::addRow("%s", qPrintable(oid)) << oid << tables::keyOf(oid);
+        ++count;
+    }
+    for (const tables::Row &row : tables::read("texts.tsv")) {
+        const QString oid = cell(row, "oid");
+        if (oid.isEmpty())
+            continue;
+        QTest::addRow("%s", qPrintable(oid)) << oid << cell(row, "key");
+        ++count;
+    }
+    QCOMPARE(keysOf("OID").size(), count);
+    QVERIFY(count >= 461);
+}
+
+void tst_languages_file::namesIdentifiers()
+{
+    QFETCH(QString, oid);
+    QFETCH(QString, key);
+    QCOMPARE(underOid(oid), key);
+    for (const char *language : kLanguages) {
+        QString name;
+        QVERIFY2(tableOf(language).GetValue(key, name), language);
+        QVERIFY2(name != key && name != oid && name == name.trimmed(), qPrintable(name));
+    }
+}
+
+void tst_languages_file::keepsShortNamesOfAttributes_data()
+{
+    QTest::addColumn<QString>("oid");
+    QTest::addColumn<QString>("name");
+    // Those the model compares with, whatever the table says.
+    QTest::addRow("common name") << QStringLiteral("2.5.4.3") << QStringLiteral("CN");
+    QTest::addRow("organization") << QStringLiteral("2.5.4.10") << QStringLiteral("O");
+    for (const tables::Row &row : tables::read("attributes.tsv")) {
+        const QString oid = cell(row, "oid");
+        QTest::addRow("%s", qPrintable(oid)) << oid << cell(row, "short name");
+    }
+}
+
+void tst_languages_file::keepsShortNamesOfAttributes()
+{
+    QFETCH(QString, oid);
+    QFETCH(QString, name);
+    QCOMPARE(underOid(oid), name);
+    for (const char *language : kLanguages)
+        QCOMPARE(tableOf(language).GetValue(name), name);
+}
+
+void tst_languages_file::recognisesExtensions_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("oid");
+    const auto add = [](const char *name, const char *key, const char *oid) {
+        QTest::addRow("%s", name) << QString::fromLatin1(key) << QString::fromLatin1(oid);
+    };
+    add("CRL distribution points", "PXCERTREAD_0024", "2.5.29.31");
+    add("certificate policies", "PXCERTREAD_0025", "2.5.29.32");
+    add("authority information access", "PXCERTREAD_0026", "1.3.6.1.5.5.7.1.1");
+    add("authority key identifier", "PXCERTREAD_0027", "2.5.29.35");
+    add("subject alternative name", "PXCERTREAD_0028", "2.5.29.17");
+    add("basic constraints", "PXCERTREAD_0030", "2.5.29.19");
+    add("key usage", "PXCERTREAD_0031", "2.5.29.15");
+    add("Netscape certificate type", "PXCERTREAD_0032", "2.16.840.1.113730.1.1");
+}
+
+// The model tells an extension by its name, so no other identifier may bear it.
+void tst_languages_file::recognisesExtensions()
+{
+    QFETCH(QString, key);
+    QFETCH(QString, oid);
+    const QStringList identifiers = keysOf("OID");
+    for (const char *language : kLanguages) {
+        const c_language &table = tableOf(language);
+        QStringList bearers;
+        for (const QString &each : identifiers) {
+            if (table.GetValue(underOid(each)) == table.GetValue(key))
+                bearers.append(each);
+        }
+        QCOMPARE(bearers, QStringList{oid});
+    }
+}
+
+void tst_languages_file::namesNoTwoRowsAlike_data()
+{
+    QTest::addColumn<QString>("language");
+    for (const char *language : kLanguages)
+        QTest::addRow("%s", language) << QString::fromLatin1(language);
+}
+
+// A click on a row shows every row of the same name, so only rows for the same thing may share one.
+void tst_languages_file::namesNoTwoRowsAlike()
+{
+    QFETCH(QString, language);
+    const QStringList groups{QStringLiteral("Extension"), QStringLiteral("SCT"),
+                             QStringLiteral("Netscape"), QStringLiteral("Microsoft"),
+                             QStringLiteral("QC statement")};
+    const QRegularExpression rowName(QStringLiteral("^PXCERTREAD_00(1[4-9]|2[0-9]|3[0-2])$"));
+    QStringList names;
+    for (const tables::Row &row : tables::read("texts.tsv")) {
+        if (rowName.match(cell(row, "key")).hasMatch())
+            names.append(row.value(language));
+    }
+    for (const tables::Row &row : tables::read("oids.tsv")) {
+        if (groups.contains(cell(row, "group")))
+            names.append(row.value(language));
+    }
+    QVERIFY(names.size() > 100);
+    QSet<QString> seen;
+    for (const QString &name : qAsConst(names)) {
+        QVERIFY2(!seen.contains(name), qPrintable(name));
+        seen.insert(name);
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_languages_file)
+#include "tst_languages_file.moc"
