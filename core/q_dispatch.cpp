@@ -22,6 +22,7 @@ constexpr const char *kAcceptedTypes[] = {
     "QSizeF",        "QPoint",        "QPointF", "QLine",       "QLineF",        "QRect",
     "QRectF",        "QUrl",          "QLocale", "QRegExp",     "QEasingCurve",  "Qt::GlobalColor",
     "QVariant",
+    "signed char", // what the meta-object of today reports for a qint8
 };
 
 int findMethodIndex(const QMetaObject &metaObject, const QString &methodName)
