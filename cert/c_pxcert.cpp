@@ -38,6 +38,7 @@ bool c_pxcert::loadfile(const char *path)
     return true;
 }
 
+// By value, as published. NOLINTNEXTLINE(performance-unnecessary-value-param)
 bool c_pxcert::parse_cert(QByteArray certificate)
 {
     PXAsn asReceived(nullptr);

@@ -31,8 +31,7 @@ Values::const_iterator afterCriticalFlag(const Values &values)
 
 QString withoutWhiteSpace(QString text)
 {
-    const auto end =
-        std::remove_if(text.begin(), text.end(), [](QChar c) { return c.isSpace(); });
+    const auto end = std::remove_if(text.begin(), text.end(), [](QChar c) { return c.isSpace(); });
     text.truncate(static_cast<int>(end - text.begin()));
     return text;
 }

@@ -51,10 +51,10 @@ QByteArray certificateOctets(const QByteArray &fileContent)
     const QByteArray text = fileContent.split('\0').first();
     if (!text.contains("BEGIN CERTIFICATE"))
         return fileContent + '\0';
-    const QByteArray octets = decodeWithoutArmour(text);
+    QByteArray octets = decodeWithoutArmour(text);
     if (isOneSequence(octets))
         return octets;
-    const QByteArray block = firstArmouredBlock(text);
+    QByteArray block = firstArmouredBlock(text);
     return isOneSequence(block) ? block : octets;
 }
 

@@ -37,10 +37,9 @@ QString c_pxcert::statusBlock() const
         block = headLine(isCertValid() ? "PXCERTREAD_0006" : "PXCERTREAD_0075");
         qDebug() << block;
     } else {
-        block = QStringLiteral(" %1\n      -%2\n      -%3")
-                    .arg(text("PXCERTREAD_0003"))
-                    .arg(text("PXCERTREAD_0004"))
-                    .arg(text("PXCERTREAD_0005"));
+        block = QStringLiteral(" %1\n      -%2\n      -%3");
+        for (const char *key : {"PXCERTREAD_0003", "PXCERTREAD_0004", "PXCERTREAD_0005"})
+            block = block.arg(text(key));
         for (const QString &purpose : m_purposes)
             block += QLatin1String("\n      -") + purpose;
         block += QLatin1String("\n\n");

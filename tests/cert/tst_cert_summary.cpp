@@ -12,7 +12,7 @@ namespace {
 QByteArray timeThatShows(const QDateTime &shown)
 {
     return generalizedTime(QDateTime(shown.date(), shown.time(), Qt::UTC)
-                               .addSecs(-8 * 3600)
+                               .addSecs(-28800)
                                .toString(QStringLiteral("yyyyMMddhhmmss'Z'"))
                                .toLatin1()
                                .constData());
