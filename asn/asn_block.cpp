@@ -86,14 +86,45 @@ stASN_BLOCK_HEADER *linked(stASN_BLOCK_HEADER *node, stASN_BLOCK_HEADER *parent)
     return node;
 }
 
-stASN_BLOCK_HEADER *parseElement(stASN_BLOCK_HEADER *parent, Input input, int depth);
-
-// Whether the content is a run of elements that all parse and end with it. The headers tell: a
-// constructed element parses whatever it holds, and an OCTET STRING can always be a leaf. So no
-// attempt is made and thrown away, and the time stays linear in the input.
-bool isCompleteRun(Input content, int depth)
+// One parse: how deep it is and how many elements it has met.
+class Parser
 {
-    if (content.size == 0 || depth > ASN_MAX_DEPTH)
+public:
+    stASN_BLOCK_HEADER *element(stASN_BLOCK_HEADER *parent, Input input);
+
+private:
+    bool isCompleteRun(Input content) const;
+    stASN_BLOCK_HEADER *withChildren(stASN_BLOCK_HEADER *parent, unsigned char tag, Input content);
+    static stASN_BLOCK_HEADER *leaf(stASN_BLOCK_HEADER *parent, unsigned char tag, Input content);
+
+    int m_openElements = 0;
+    unsigned int m_count = 0;
+};
+
+stASN_BLOCK_HEADER *Parser::element(stASN_BLOCK_HEADER *parent, Input input)
+{
+    if (input.size == 0)
+        return nullptr;
+    const unsigned char tag = input.data[0];
+    if (tag == ASN_TAG_EXTENSIONS)
+        g_bExtend = 1;
+    ElementSize size = {};
+    if (m_openElements == ASN_MAX_DEPTH || m_count == ASN_MAX_ELEMENTS || !ASN_TAGVALID(tag) ||
+        !readSize(input, size))
+        return nullptr;
+    ++m_count;
+    const Input content = {input.data + size.header, size.content};
+    if (isConstructed(tag) || (tag == ASN_TAG_OCTET_STRING && g_bExtend && isCompleteRun(content)))
+        return withChildren(parent, tag, content);
+    return leaf(parent, tag, content);
+}
+
+// Whether an element's content is a run of elements that all parse and end with it. The headers
+// tell: a constructed element parses whatever it holds, and an OCTET STRING can always be a leaf.
+// So no attempt is made and thrown away, and the time stays linear in the input.
+bool Parser::isCompleteRun(Input content) const
+{
+    if (content.size == 0 || m_openElements + 1 == ASN_MAX_DEPTH)
         return false;
     while (content.size > 0) {
         ElementSize size = {};
@@ -105,48 +136,28 @@ bool isCompleteRun(Input content, int depth)
     return true;
 }
 
-void parseChildren(stASN_BLOCK_HEADER *node, Input content, int depth)
-{
-    while (content.size > 0 && parseElement(node, content, depth)) {
-        const unsigned int used = ASNCalcBlockLength(content.data, content.size);
-        content.data += used;
-        content.size -= used;
-    }
-}
-
-stASN_BLOCK_HEADER *parseStruct(stASN_BLOCK_HEADER *parent, unsigned char tag, Input content,
-                                int depth)
+stASN_BLOCK_HEADER *Parser::withChildren(stASN_BLOCK_HEADER *parent, unsigned char tag,
+                                         Input content)
 {
     stASN_BLOCK_HEADER *node = ASNCreateStruct(tag, parent);
     if (!node)
         return nullptr;
-    parseChildren(node, content, depth + 1);
+    ++m_openElements;
+    while (content.size > 0 && element(node, content)) {
+        const unsigned int used = ASNCalcBlockLength(content.data, content.size);
+        content.data += used;
+        content.size -= used;
+    }
+    --m_openElements;
     return linked(node, parent);
 }
 
-stASN_BLOCK_HEADER *parseLeaf(stASN_BLOCK_HEADER *parent, unsigned char tag, Input content)
+stASN_BLOCK_HEADER *Parser::leaf(stASN_BLOCK_HEADER *parent, unsigned char tag, Input content)
 {
-    AsnBlockPtr leaf(ASNAddSample(tag, nullptr));
-    if (!leaf || !ASNSetBlockData(leaf.get(), content.data, content.size))
+    AsnBlockPtr node(ASNAddSample(tag, nullptr));
+    if (!node || !ASNSetBlockData(node.get(), content.data, content.size))
         return nullptr;
-    return linked(leaf.release(), parent);
-}
-
-stASN_BLOCK_HEADER *parseElement(stASN_BLOCK_HEADER *parent, Input input, int depth)
-{
-    if (input.size == 0 || depth > ASN_MAX_DEPTH)
-        return nullptr;
-    const unsigned char tag = input.data[0];
-    if (tag == ASN_TAG_EXTENSIONS)
-        g_bExtend = 1;
-    ElementSize size = {};
-    if (!ASN_TAGVALID(tag) || !readSize(input, size))
-        return nullptr;
-    const Input content = {input.data + size.header, size.content};
-    if (isConstructed(tag) ||
-        (tag == ASN_TAG_OCTET_STRING && g_bExtend && isCompleteRun(content, depth + 1)))
-        return parseStruct(parent, tag, content, depth);
-    return parseLeaf(parent, tag, content);
+    return linked(node.release(), parent);
 }
 
 // The shortest form (X.690, 10.1).
@@ -184,7 +195,7 @@ int ASN_TAGVALID(unsigned char tag)
 stASN_BLOCK_HEADER *ASNAddByData(stASN_BLOCK_HEADER *parent, const unsigned char *data,
                                  unsigned int size)
 {
-    return data ? parseElement(parent, {data, size}, 1) : nullptr;
+    return data ? Parser().element(parent, {data, size}) : nullptr;
 }
 
 unsigned int ASNCalcBlockLength(const unsigned char *data, unsigned int available)
@@ -239,8 +250,9 @@ int ASNUpdate(stASN_BLOCK_HEADER *node)
 
 int ASNBuildData(const stASN_BLOCK_HEADER *node, unsigned char *output, unsigned int capacity)
 {
-    // A tree that was not updated has no lengths yet: what is written here counts as well.
-    if (!node || node->totalLength > capacity || capacity < 1U + node->lengthOctetCount)
+    // The lengths of a tree that was changed and not updated say too little: what is written here
+    // counts as well.
+    if (!node || !output || node->totalLength > capacity || capacity < 1U + node->lengthOctetCount)
         return 0;
     if (!holdsChildren(node) && capacity - 1U - node->lengthOctetCount < node->contentLength)
         return 0;
@@ -250,6 +262,8 @@ int ASNBuildData(const stASN_BLOCK_HEADER *node, unsigned char *output, unsigned
     position += node->lengthOctetCount;
     if (holdsChildren(node)) {
         for (const stASN_CHILD_CELL *cell = ASNFirstCell(node); cell; cell = cell->next) {
+            if (ASNGetBlockLength(cell->child) > capacity - position)
+                break;
             ASNBuildData(cell->child, output + position, capacity - position);
             position += ASNGetBlockLength(cell->child);
         }

@@ -44,8 +44,10 @@ constexpr unsigned char ASN_TAG_CONSTRUCTED = 0x20; ///< the bit, not a tag
 constexpr unsigned char ASN_TAG_OCTET_STRING = 0x04;
 constexpr unsigned char ASN_TAG_EXTENSIONS = 0xA3; ///< [3] of a TBSCertificate
 
-/// Elements nested deeper do not parse; the outermost has depth 1.
+/// Limits of one parse: what is nested deeper (the outermost element has depth 1) or comes after so
+/// many elements does not parse.
 constexpr int ASN_MAX_DEPTH = 128;
+constexpr unsigned int ASN_MAX_ELEMENTS = 4U * 1024 * 1024;
 
 /// The extension switch. While it is 1, an OCTET STRING is parsed as encapsulated DER when its
 /// content is a complete run of accepted elements. Set by the first identifier octet 0xA3 that a
@@ -83,7 +85,8 @@ unsigned int ASNGetDataLength(const stASN_BLOCK_HEADER *node);
 int ASNUpdate(stASN_BLOCK_HEADER *node);
 
 /// Writes the subtree's DER, `ASNGetBlockLength(node)` octets after `ASNUpdate`. 0, with nothing
-/// written, for null or when that exceeds `capacity`.
+/// written, for null or when that exceeds `capacity`. Of a tree that was changed since, what fits
+/// is written, by the lengths as they are.
 int ASNBuildData(const stASN_BLOCK_HEADER *node, unsigned char *output, unsigned int capacity);
 
 /// A new empty node for children, linked nowhere. Null for a tag that can't have any.

@@ -168,14 +168,15 @@ void appendSubidentifier(std::vector<unsigned char> &octets, unsigned long value
 
 int mypint(const char **cursor, int digits, int minimum, int maximum, int *error)
 {
-    int value = 0;
+    std::uint32_t sum = 0; // more than nine digits wrap
     for (int i = 0; i < digits; ++i, ++*cursor) {
         if (!isDigit(**cursor)) {
             *error = 1;
             return 0;
         }
-        value = value * 10 + (**cursor - '0');
+        sum = sum * 10 + static_cast<std::uint32_t>(**cursor - '0');
     }
+    const auto value = static_cast<std::int32_t>(sum);
     if (value < minimum || value > maximum)
         *error = 1;
     return value;
@@ -183,7 +184,7 @@ int mypint(const char **cursor, int digits, int minimum, int maximum, int *error
 
 long long ASNGetTime(const stASN_BLOCK_HEADER *leaf, unsigned int *error)
 {
-    constexpr unsigned int kLongestText = 47;
+    constexpr unsigned int kLongestText = 48;
     unsigned int ownError = 0;
     unsigned int &code = error ? *error : ownError;
     code = ASN_TIME_MALFORMED;
@@ -281,9 +282,16 @@ int ASNSetBitStringData(stASN_BLOCK_HEADER *leaf, const unsigned char *data, uns
 {
     if (!leaf || leaf->tag != kBitString || (!data && length > 0))
         return 0;
-    std::vector<unsigned char> content;
-    content.reserve(length + std::size_t(1));
-    content.push_back(unusedBits);
-    content.insert(content.end(), data, data + length);
-    return ASNSetBlockData(leaf, content.data(), static_cast<unsigned int>(content.size()));
+    const unsigned int size = length + 1;
+    if (size == 0)
+        return 0;
+    auto *content = static_cast<unsigned char *>(std::malloc(size));
+    if (!content)
+        return 0;
+    content[0] = unusedBits;
+    if (length > 0)
+        std::memcpy(content + 1, data, length);
+    const int stored = ASNSetBlockData(leaf, content, size);
+    std::free(content);
+    return stored;
 }

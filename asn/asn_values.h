@@ -18,9 +18,10 @@ struct stASN_BIT_STRING
 };
 
 /// Seconds since 1970-01-01 00:00:00 UTC of a UTCTime or GeneralizedTime leaf (X.680, 46 and 47), 0
-/// on any error. `error` may be null. Seconds and, for GeneralizedTime, fractions and the zone may
-/// be missing; without a zone the time is local. Deliberate: the seconds of whole years are
-/// computed in 32 bits, so years from 2039 on and before 1902 wrap.
+/// on any error. `error` may be null. Contents of more than 48 octets are malformed. Seconds and,
+/// for GeneralizedTime, fractions and the zone may be missing; without a zone the time is local.
+/// Deliberate: the seconds of whole years are computed in 32 bits, so years from 2039 on and before
+/// 1902 wrap.
 long long ASNGetTime(const stASN_BLOCK_HEADER *leaf, unsigned int *error);
 
 /// The value of exactly `digits` decimal digits at the cursor, which moves past each digit read.
@@ -46,7 +47,8 @@ int ASNGetOIDData(const char *text, unsigned char *output, unsigned int *outputL
 /// an empty content and when memory is exhausted.
 int ASNGetBitStringData(const stASN_BLOCK_HEADER *leaf, stASN_BIT_STRING *record);
 
-/// Stores a bit string in a BIT STRING leaf. 0 for anything else.
+/// Stores a bit string in a BIT STRING leaf. 0, with the leaf untouched, for anything else, for
+/// null octets of a length above 0 and when memory is exhausted.
 int ASNSetBitStringDataEx(stASN_BLOCK_HEADER *leaf, const stASN_BIT_STRING *record);
 int ASNSetBitStringData(stASN_BLOCK_HEADER *leaf, const unsigned char *data, unsigned int length,
                         unsigned char unusedBits);

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <QDebug>
 
 namespace {
@@ -53,6 +54,8 @@ QString textOfBmp(const QByteArray &content)
 QByteArray octetsOfBmp(const QByteArray &content)
 {
     const int units = content.size() / 2;
+    if (units == 0)
+        return {};
     std::vector<unsigned int> widened(static_cast<std::size_t>(units) + 1, 0);
     for (int i = 0; i < units; ++i)
         std::memcpy(&widened[static_cast<std::size_t>(i)], content.constData() + 2 * i, 2);
@@ -85,11 +88,12 @@ int PXAsnBlock::load(stASN_BLOCK_HEADER *block)
 {
     if (!block)
         return 0;
+    deleteChildren();
     for (const stASN_CHILD_CELL *cell = ASNFirstCell(block); cell; cell = cell->next) {
-        auto *child = new PXAsnBlock(this);
-        listChild.append(child);
+        auto child = std::make_unique<PXAsnBlock>(this);
         if (!child->load(cell->child))
             return 0;
+        listChild.append(child.release());
     }
     node = block;
     return 1;
@@ -233,19 +237,22 @@ int PXAsn::open(const QByteArray &data)
     if (data.isEmpty())
         return 0;
     const auto parse = [](const QByteArray &octets) {
-        return ASNAddByData(nullptr, reinterpret_cast<const unsigned char *>(octets.constData()),
-                            static_cast<unsigned int>(octets.size()));
+        return AsnBlockPtr(ASNAddByData(nullptr,
+                                        reinterpret_cast<const unsigned char *>(octets.constData()),
+                                        static_cast<unsigned int>(octets.size())));
     };
-    stASN_BLOCK_HEADER *root = parse(data);
+    AsnBlockPtr root = parse(data);
     if (!root)
         root = parse(QByteArray::fromBase64(data));
     // A parse leaves the switch as it found or set it; each document starts anew.
     g_bExtend = 0;
-    close();
     if (!root)
         return 0;
-    ASNUpdate(root);
-    load(root);
+    close();
+    ASNUpdate(root.get());
+    if (!load(root.get()))
+        return 0;
+    root.release(); // NOLINT(bugprone-unused-return-value): `load` made it this object's
     core_calls::sendProgress("open", 66, " end");
     return 1;
 }

@@ -26,7 +26,7 @@ constexpr TagForm kTags[] = {
     {0x02, "INTEGER", Form::Hex},
     {0x03, "BIT STRING", Form::Hex},
     {0x04, "OCTET STRING", Form::Hex},
-    {0x05, "NULL", Form::Hex},
+    {0x05, "NULL", Form::Hex, true},
     {0x06, "OBJECT IDENTIFIER", Form::Text},
     {0x07, "OBJECT DESCRIPTOR", Form::Hex},
     {0x08, "EXTERNAL", Form::Hex},
@@ -47,11 +47,11 @@ constexpr TagForm kTags[] = {
     {0x1C, "UNIVERSAL STRING", Form::Hex},
     {0x1D, "CHARACTER STRING", Form::Hex},
     {0x1E, "BMP STRING", Form::Text},
-    {0x30, "SEQUENCE", Form::Hex},
-    {0x31, "SET", Form::Hex},
-    {0x82, "UNKNOWN", Form::HexUpToThreeOctets},
-    {0x86, "UNKNOWN", Form::Characters},
-    {0xA0, "CONTEXT SPECIFIC", Form::Hex},
+    {0x30, "SEQUENCE", Form::Hex, true},
+    {0x31, "SET", Form::Hex, true},
+    {0x82, "UNKNOWN", Form::HexUpToThreeOctets, true},
+    {0x86, "UNKNOWN", Form::Characters, true},
+    {0xA0, "CONTEXT SPECIFIC", Form::Hex, true},
 };
 constexpr TagForm kUnknownTag = {0, "UNKNOWN", Form::Hex, true};
 
