@@ -1,0 +1,207 @@
+#include "app/mainwindow.h"
+#include "tests/languages/tables.h"
+#include "ui_mainwindow.h"
+#include "util/c_language.h"
+
+#include <QDir>
+#include <QFontInfo>
+#include <QPushButton>
+#include <QStyleOptionComboBox>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+const QString kSkinFont = QStringLiteral("Microsoft YaHei");
+
+// What the style sheets make of their font, which they name in a fixed size.
+QFontMetrics metrics(int pixelSize)
+{
+    QFont font(kSkinFont);
+    font.setPixelSize(pixelSize);
+    return QFontMetrics(font);
+}
+
+QString textOf(const char *key)
+{
+    return displayText(QLatin1String(key));
+}
+
+template <typename Widget>
+Widget *child(const MainWindow &window, const char *name)
+{
+    return window.findChild<Widget *>(QLatin1String(name));
+}
+
+} // namespace
+
+// Whether the texts fit the window's parts, in the fonts that the README recommends and in the one
+// that a European desktop falls back on.
+class tst_languages_widths : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void labels_data() { languagesAndFonts(); }
+    void labels();
+    void buttons_data() { languagesAndFonts(); }
+    void buttons();
+    void tabs_data() { languagesAndFonts(); }
+    void tabs();
+    void selector_data() { languagesAndFonts(); }
+    void selector();
+    void columns_data() { languagesAndFonts(); }
+    void columns();
+    void summaryLines_data() { languagesAndFonts(); }
+    void summaryLines();
+
+private:
+    static void languagesAndFonts();
+    void verifyFits(const QString &text, int needed, int room) const;
+
+    QTemporaryDir m_configuration;
+};
+
+void tst_languages_widths::initTestCase()
+{
+    QVERIFY(QDir(m_configuration.path()).mkdir(QStringLiteral("settings")));
+    qputenv("PX_CONFIG_PATH", QFile::encodeName(m_configuration.path()));
+}
+
+void tst_languages_widths::languagesAndFonts()
+{
+    QTest::addColumn<QByteArray>("language");
+    QTest::addColumn<QString>("font");
+    const auto add = [](const char *language, const char *font) {
+        QTest::addRow("%s in %s", language, font) << QByteArray(language) << QString(font);
+    };
+    add("CN", "Noto Sans CJK SC");
+    add("CN", "WenQuanYi Micro Hei");
+    add("TW", "Noto Sans CJK TC");
+    add("TW", "WenQuanYi Micro Hei");
+    add("EN", "Noto Sans CJK SC");
+    add("EN", "WenQuanYi Micro Hei");
+    add("EN", "DejaVu Sans");
+}
+
+// The language table reads the configuration again, so one process goes through all languages.
+void tst_languages_widths::init()
+{
+    QFETCH(QByteArray, language);
+    QFETCH(QString, font);
+    const QString target = m_configuration.filePath(QStringLiteral("settings/PXClientConfig.dll"));
+    QFile::remove(target);
+    QVERIFY(QFile::copy(QStringLiteral(PX_BINARY_DIR "/settings/") + QLatin1String(language) +
+                            QStringLiteral("/settings/PXClientConfig.dll"),
+                        target));
+    c_language::GetLangPtr()->LANG_SetFileName(QString());
+    c_language::GetLangPtr()->LANG_SetLang();
+    QCOMPARE(c_language::GetLangPtr()->section(), QString::fromLatin1(language));
+
+    // Before the window adds its own: the first that is installed serves.
+    QFont::removeSubstitutions(kSkinFont);
+    QFont::insertSubstitution(kSkinFont, font);
+    QCOMPARE(QFontInfo(QFont(kSkinFont)).family(), font);
+}
+
+void tst_languages_widths::verifyFits(const QString &text, int needed, int room) const
+{
+    QVERIFY2(needed > 0 && needed <= room,
+             qPrintable(QStringLiteral("\"%1\": %2 of %3 pixels").arg(text).arg(needed).arg(room)));
+}
+
+void tst_languages_widths::labels()
+{
+    const MainWindow window;
+    for (const char *name : {"label", "label_2_notice", "titileCaption"}) {
+        auto *label = child<QLabel>(window, name);
+        QVERIFY(label);
+        label->ensurePolished();
+        const QFontMetrics font = label->fontMetrics();
+        verifyFits(label->text(), font.horizontalAdvance(label->text()),
+                   label->contentsRect().width());
+        // Lines are higher than the lowest label, what is drawn of them is not.
+        verifyFits(label->text(), font.tightBoundingRect(label->text()).height(), label->height());
+    }
+}
+
+void tst_languages_widths::buttons()
+{
+    const MainWindow window;
+    auto *button = window.findChild<QPushButton *>();
+    QVERIFY(button);
+    const int leastMargin = 12;
+    verifyFits(button->text(), button->fontMetrics().horizontalAdvance(button->text()),
+               button->width() - 2 * leastMargin);
+}
+
+void tst_languages_widths::tabs()
+{
+    // The room that the style sheet's padding and margin leave of a tab's least width.
+    const int room = 100 - 9 - 9 - 10;
+    for (const char *key : {"PXCERTREAD_0066", "PXCERTREAD_0067"})
+        verifyFits(textOf(key), metrics(15).horizontalAdvance(textOf(key)), room);
+}
+
+void tst_languages_widths::selector()
+{
+    const MainWindow window;
+    auto *selector = child<QComboBox>(window, "comboBox_selection");
+    QVERIFY(selector);
+    QStyleOptionComboBox option;
+    option.initFrom(selector);
+    option.subControls = QStyle::SC_All;
+    const int room =
+        selector->style()
+            ->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, selector)
+            .width();
+    QCOMPARE(selector->count(), 3);
+    for (int i = 0; i < selector->count(); ++i)
+        verifyFits(selector->itemText(i), metrics(13).horizontalAdvance(selector->itemText(i)),
+                   room);
+}
+
+void tst_languages_widths::columns()
+{
+    const MainWindow window;
+    auto *table = child<QTableWidget>(window, "tableWidget_detailinfo");
+    QVERIFY(table);
+    const int margin =
+        table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, table) + 1;
+    const int room = table->columnWidth(0) - 2 * margin;
+    for (const char *key : {"PXCERTREAD_0001", "PXCERTREAD_0002"})
+        verifyFits(textOf(key), metrics(13).horizontalAdvance(textOf(key)), room);
+
+    // Names of rows. The English names of extensions are given by their standard, and the table
+    // elides the longest.
+    const bool english = c_language::GetLangPtr()->section() == QLatin1String("EN");
+    for (const tables::Row &row : tables::read("texts.tsv")) {
+        const QString key = tables::cell(row, "key");
+        const bool isField =
+            key >= QLatin1String("PXCERTREAD_0014") && key <= QLatin1String("PXCERTREAD_0022");
+        const bool isExtension = !tables::cell(row, "oid").isEmpty();
+        if (isField || (isExtension && !english))
+            verifyFits(displayText(key), metrics(13).horizontalAdvance(displayText(key)), room);
+    }
+}
+
+// The lines of the status block that are always the same stand on one line each.
+void tst_languages_widths::summaryLines()
+{
+    const MainWindow window;
+    auto *box = child<QPlainTextEdit>(window, "plainTextEdit_normal");
+    QVERIFY(box);
+    box->ensurePolished();
+    const int room = box->contentsRect().width() - 2 * qRound(box->document()->documentMargin());
+    const QString indent = QStringLiteral("      -");
+    for (const QString &line :
+         {QStringLiteral(" ") + textOf("PXCERTREAD_0003"), indent + textOf("PXCERTREAD_0004"),
+          indent + textOf("PXCERTREAD_0005"), QStringLiteral(" ") + textOf("PXCERTREAD_0006"),
+          QStringLiteral(" ") + textOf("PXCERTREAD_0075")})
+        verifyFits(line, box->fontMetrics().horizontalAdvance(line), room);
+}
+
+QTEST_MAIN(tst_languages_widths)
+#include "tst_languages_widths.moc"
