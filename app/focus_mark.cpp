@@ -2,6 +2,13 @@
 
 #include <QApplication>
 #include <QPainter>
+#include <QTabBar>
+
+namespace {
+
+constexpr int kDistance = 3; // between the control's edge and the mark's
+
+} // namespace
 
 FocusMark::FocusMark(QWidget *window)
     : QWidget(window)
@@ -14,10 +21,10 @@ FocusMark::FocusMark(QWidget *window)
 
 void FocusMark::follow(QWidget *control)
 {
-    constexpr int kDistance = 2;
     QWidget *window = parentWidget();
     const bool shown = control && window->isAncestorOf(control) &&
-                       window->testAttribute(Qt::WA_KeyboardFocusChange);
+                       window->testAttribute(Qt::WA_KeyboardFocusChange) &&
+                       !qobject_cast<QTabBar *>(control); // it marks the tab itself
     setVisible(shown);
     if (!shown)
         return;
@@ -26,10 +33,14 @@ void FocusMark::follow(QWidget *control)
     raise();
 }
 
+// Dark in light, to be seen on the sheet and on the title strip.
 void FocusMark::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(QColor(0xcd, 0x21, 0x0f), 1));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 3, 3);
+    const QRectF frame = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
+    for (const QPen &pen : {QPen(Qt::white, 3), QPen(QColor(0xcd, 0x21, 0x0f), 1)}) {
+        painter.setPen(pen);
+        painter.drawRoundedRect(frame, 3, 3);
+    }
 }

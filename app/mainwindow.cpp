@@ -198,6 +198,8 @@ void MainWindow::setUpBoxes()
     ui->plainTextEdit_normal->setStyleSheet(textStyle(m_scale));
     ui->plainTextEdit_normal_2->setGeometry(placed(kIdentityBox, m_scale));
     ui->plainTextEdit_normal_2->setStyleSheet(textStyle(m_scale));
+    for (QPlainTextEdit *box : {ui->plainTextEdit_normal, ui->plainTextEdit_normal_2})
+        box->setLineWidth(0); // of the form's vertical line, only its two ends would be seen
     ui->plainTextEdit_detail_2->setGeometry(placed(kDetailBox, m_scale));
     ui->plainTextEdit_detail_2->setStyleSheet(textStyle(m_scale));
     ui->plainTextEdit_detail_2->verticalScrollBar()->setStyleSheet(boxScrollBarStyle(m_scale));
