@@ -28,6 +28,35 @@ QByteArray certificatePath(const QByteArray &path)
                : path;
 }
 
+// Whether a stretch of the text without white space is longer than any field that means something.
+bool hasEndlessWord(const QString &text)
+{
+    constexpr int kLongestWord = 4096;
+    int length = 0;
+    for (const QChar c : text) {
+        length = c.isSpace() ? 0 : length + 1;
+        if (length > kLongestWord)
+            return true;
+    }
+    return false;
+}
+
+// Appends the text as a paragraph of its own; the box shows its beginning.
+void appendText(QPlainTextEdit *box, const QString &text)
+{
+    // Looking for the end of a word line by line takes the square of its length: a minute at 1 MB.
+    if (hasEndlessWord(text))
+        box->setWordWrapMode(QTextOption::WrapAnywhere);
+    box->appendPlainText(text);
+    box->moveCursor(QTextCursor::Start);
+}
+
+void clearText(QPlainTextEdit *box)
+{
+    box->clear();
+    box->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+}
+
 void appendRow(QTableWidget *table, const detail_node &node)
 {
     const int row = table->rowCount();
@@ -53,7 +82,7 @@ bool MainWindow::loadcertfile(const char *path)
 
 void MainWindow::result_normal(const QString &snormal, int type)
 {
-    (type == 0 ? ui->plainTextEdit_normal : ui->plainTextEdit_normal_2)->appendPlainText(snormal);
+    appendText(type == 0 ? ui->plainTextEdit_normal : ui->plainTextEdit_normal_2, snormal);
 }
 
 void MainWindow::result_detail(std::vector<detail_node> detail_data)
@@ -67,7 +96,7 @@ void MainWindow::result_detail(std::vector<detail_node> detail_data)
 void MainWindow::on_comboBox_selection_currentIndexChanged(int index)
 {
     ui->tableWidget_detailinfo->setRowCount(0);
-    ui->plainTextEdit_detail_2->clear();
+    clearText(ui->plainTextEdit_detail_2);
     for (const detail_node &node : m_nodes) {
         if (index == 0 || node.kind == index - 1)
             appendRow(ui->tableWidget_detailinfo, node);
@@ -76,12 +105,17 @@ void MainWindow::on_comboBox_selection_currentIndexChanged(int index)
 
 void MainWindow::on_tableWidget_detailinfo_clicked(const QModelIndex &index)
 {
-    ui->plainTextEdit_detail_2->clear();
+    clearText(ui->plainTextEdit_detail_2);
     const QString name = ui->tableWidget_detailinfo->item(index.row(), 0)->text();
+    QString paragraphs; // appended at once: one by one, a million rows of a name take minutes
     for (const detail_node &node : m_nodes) {
-        if (node.name == name)
-            ui->plainTextEdit_detail_2->appendPlainText(node.full_value);
+        if (node.name != name)
+            continue;
+        if (!paragraphs.isEmpty())
+            paragraphs += QChar(QChar::ParagraphSeparator);
+        paragraphs += node.full_value;
     }
+    appendText(ui->plainTextEdit_detail_2, paragraphs);
 }
 
 void MainWindow::on_tabWidget_currentChanged(int index)

@@ -46,8 +46,8 @@ void TableKeys::copyRow() const
         QGuiApplication::clipboard()->setText(rows.first().data(kFullValueRole).toString());
 }
 
-QString BeginningDelegate::displayText(const QVariant &value, const QLocale & /*locale*/) const
+QString BeginningDelegate::displayText(const QVariant &value, const QLocale &locale) const
 {
     constexpr int kMostShown = 1000;
-    return value.toString().left(kMostShown);
+    return QStyledItemDelegate::displayText(value.toString().left(kMostShown), locale);
 }
