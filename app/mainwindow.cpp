@@ -232,12 +232,12 @@ void MainWindow::setUpKeyboard()
 
 void MainWindow::nameControls()
 {
-    ui->tabWidget->setAccessibleName(text("PXCERTREAD_0039"));
-    ui->plainTextEdit_normal->setAccessibleName(text("PXCERTREAD_0068").trimmed());
-    ui->plainTextEdit_normal_2->setAccessibleName(text("PXCERTREAD_0020"));
+    ui->tabWidget->tabBar()->setAccessibleName(text("PXCERTREAD_0039"));
+    ui->plainTextEdit_normal->setAccessibleName(text("PXCERTREAD_0070"));
+    ui->plainTextEdit_normal_2->setAccessibleName(text("PXCERTREAD_0071"));
     ui->comboBox_selection->setAccessibleName(text("PXCERTREAD_0069"));
-    ui->tableWidget_detailinfo->setAccessibleName(text("PXCERTREAD_0067"));
-    ui->plainTextEdit_detail_2->setAccessibleName(text("PXCERTREAD_0002"));
+    ui->tableWidget_detailinfo->setAccessibleName(text("PXCERTREAD_0072"));
+    ui->plainTextEdit_detail_2->setAccessibleName(text("PXCERTREAD_0073"));
 }
 
 void MainWindow::Exit()
