@@ -13,6 +13,10 @@ if(PX_QT_MAJOR EQUAL 6)
 else()
     target_compile_definitions(px_options INTERFACE QT_DISABLE_DEPRECATED_BEFORE=0x050F00)
 endif()
+if(PX_BUILD_FUZZERS)
+    target_compile_options(px_options INTERFACE -fsanitize=fuzzer-no-link,address,undefined)
+    target_link_options(px_options INTERFACE -fsanitize=address,undefined)
+endif()
 
 function(px_configure_target target)
     set_target_properties(${target} PROPERTIES

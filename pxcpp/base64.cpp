@@ -162,7 +162,7 @@ unsigned char *PXBase64Decode(const char *text, std::uint64_t *length)
 QString PXBase64EncodeEx(QByteArray data)
 {
     char *text = PXBase64Encode(data.data(), std::uint64_t(data.size()));
-    const QString result = QString::fromLatin1(text);
+    QString result = QString::fromLatin1(text);
     std::free(text);
     return result;
 }

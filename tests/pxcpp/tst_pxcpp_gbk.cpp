@@ -51,7 +51,7 @@ QByteArray iconvFromUtf8(const QByteArray &utf8)
     char *to = result.data();
     auto fromLeft = std::size_t(text.size());
     auto toLeft = std::size_t(result.size());
-    const iconv_t converter = iconv_open("CP936", "UTF-8");
+    iconv_t converter = iconv_open("CP936", "UTF-8");
     if (iconv(converter, &from, &fromLeft, &to, &toLeft) != 0) {
         result.clear();
     }
@@ -69,11 +69,12 @@ public:
     {
         const int file = memfd_create("text", 0);
         const std::vector<char> block(kBlock, 'A');
-        const bool written = write(file, block.data(), kBlock) == ssize_t(kBlock);
+        bool mapped = write(file, block.data(), kBlock) == ssize_t(kBlock);
         m_text = static_cast<char *>(
             mmap(nullptr, m_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        for (std::size_t at = 0; written && at + kBlock <= size; at += kBlock) {
-            mmap(m_text + at, kBlock, PROT_READ, MAP_SHARED | MAP_FIXED, file, 0);
+        for (std::size_t at = 0; mapped && at + kBlock <= size; at += kBlock) {
+            mapped =
+                mmap(m_text + at, kBlock, PROT_READ, MAP_SHARED | MAP_FIXED, file, 0) != MAP_FAILED;
         }
         std::memset(m_text + size / kBlock * kBlock, 'A', size % kBlock);
         close(file);

@@ -173,7 +173,7 @@ void tst_pxcpp_reversebyte::likeQt()
             }
         }
         QByteArray units;
-        for (const QChar unit : text) {
+        for (const QChar unit : std::as_const(text)) {
             units.append(char(unit.unicode() >> 8)).append(char(unit.unicode() & 0xFF));
         }
         char output[100];
