@@ -128,9 +128,9 @@ const double_byte_page *doubleBytePage(unsigned short codePage)
     return nullptr;
 }
 
-/// Binary search of 16 probes, enough for 32,768 pairs; 0 when nothing matches. The pair is at
-/// `low` or less than `span` after it. A match does not end the search: what can't be predicted is
-/// computed without a jump, which is several times faster.
+/// Binary search of 16 probes, enough for 32,768 pairs; 0 when nothing matches. What is sought is
+/// at `low` or less than `span` pairs after it. A match does not end the search: `low` is computed
+/// without a jump, which no processor could predict, and that is several times faster.
 unsigned short findPair(const code_tables::pair *low, std::size_t span, unsigned int value)
 {
     for (int probe = 1; probe < 16; ++probe) {
