@@ -9,6 +9,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <QDeadlineTimer>
+#include <QFile>
 #include <sys/stat.h>
 #include <tinyxml2.h>
 #include <unistd.h>
@@ -35,15 +37,15 @@ int openForReading(const char *path, struct stat &status)
     return fd;
 }
 
-// A writer that stays silent this long is taken for one that will never end.
-constexpr int kSilentWriterMs = 10000;
+// A pipe's writer that isn't done by then is taken for one that never will be.
+constexpr int kPipePatienceMs = 15000;
 
-bool waitForData(int fd)
+bool waitForData(int fd, const QDeadlineTimer &deadline)
 {
     pollfd wait = {fd, POLLIN, 0};
     int ready = 0;
     do
-        ready = ::poll(&wait, 1, kSilentWriterMs);
+        ready = ::poll(&wait, 1, static_cast<int>(deadline.remainingTime()));
     while (ready < 0 && errno == EINTR);
     return ready > 0;
 }
@@ -55,6 +57,7 @@ bool readToEnd(int fd, const Take &take)
 {
     constexpr int kChunk = 64 * 1024;
     char chunk[kChunk];
+    const QDeadlineTimer deadline(kPipePatienceMs);
     for (;;) {
         const ssize_t got = ::read(fd, chunk, kChunk);
         if (got == 0)
@@ -62,7 +65,7 @@ bool readToEnd(int fd, const Take &take)
         if (got > 0) {
             if (!take(chunk, static_cast<int>(got)))
                 return false;
-        } else if (errno == EAGAIN ? !waitForData(fd) : errno != EINTR) {
+        } else if (errno == EAGAIN ? !waitForData(fd, deadline) : errno != EINTR) {
             return false;
         }
     }
@@ -126,7 +129,7 @@ bool c_util::writefile(const char *path, const std::string &text)
 bool c_util::GetKeyValue(const char *fileName, const QString &section, const QString &key,
                          QString &value)
 {
-    const QString path = c_language::GetLangPtr()->languageFilePath(QString::fromUtf8(fileName));
+    const QString path = c_language::GetLangPtr()->languageFilePath(QFile::decodeName(fileName));
     value = ini_table::lookup(path, section, key);
     return !value.isEmpty();
 }

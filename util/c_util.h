@@ -24,7 +24,8 @@ public:
     /// The same for a file of any size up to `kMaxFileSize`: `content` receives the octets of a
     /// regular file, or of a pipe up to its writer's end. False, with `content` empty, for anything
     /// else: a directory, a device, a socket, a pipe without a writer, an unreadable or larger
-    /// file. A file that shrinks meanwhile gives what was read.
+    /// file, or a pipe whose writer isn't done within 15 seconds. A file that shrinks meanwhile
+    /// gives what was read.
     bool readfile(const char *path, QByteArray &content);
 
     /// Appends `text` and a line feed to the file, which is made when missing. True when something

@@ -1,0 +1,372 @@
+#include "tests/support/ordinary_user.h"
+#include "util/ini_table.h"
+
+#include <fcntl.h>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QSet>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+QString section(const char *name = "CN")
+{
+    return QString::fromUtf8(name);
+}
+
+// What every look-up is to give: the class itself, on a file that it hasn't seen.
+class Reference
+{
+public:
+    explicit Reference(const QByteArray &content)
+        : m_settings(copy(content), QSettings::IniFormat)
+    {
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+        m_settings.setIniCodec("utf-8");
+#endif
+    }
+    QStringList keys() const
+    {
+        return m_settings.allKeys();
+    }
+    QString value(const QString &section, const QString &key) const
+    {
+        return m_settings.value(QStringLiteral("/%1/%2").arg(section, key)).toString();
+    }
+
+private:
+    QString copy(const QByteArray &content) const
+    {
+        QFile file(m_directory.filePath(QStringLiteral("reference.ini")));
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+            qFatal("cannot write");
+        return file.fileName();
+    }
+
+    QTemporaryDir m_directory;
+    QSettings m_settings;
+};
+
+} // namespace
+
+class TestUtilIniTable : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void readsAsSettingsDo_data();
+    void readsAsSettingsDo();
+    void readsAnyOctetsAsSettingsDo();
+    void isNotFooledByTheCacheOfSettings();
+    void absentFile_data();
+    void absentFile();
+    void unreadableFile();
+    void followsTheFile();
+    void followsTwoFiles();
+    void seesEveryEditAtOnce_data();
+    void seesEveryEditAtOnce();
+    void seesEditThatKeepsSizeAndTime();
+    void manyLookupsAreFast();
+    void leavesNothingBehind();
+    void worksWithoutATemporaryDirectory();
+    void pathOutsideAscii();
+
+private:
+    QString path(const char *name = "texts.ini") const
+    {
+        return m_directory->filePath(QString::fromUtf8(name));
+    }
+    QString make(const QByteArray &content, const char *name = "texts.ini") const
+    {
+        QFile file(path(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+            qFatal("cannot write");
+        return file.fileName();
+    }
+    // Every key that settings find, and some they don't, gives the same in both.
+    static void compare(const QString &file, const Reference &reference);
+
+    QScopedPointer<QTemporaryDir> m_directory;
+};
+
+void TestUtilIniTable::init()
+{
+    m_directory.reset(new QTemporaryDir);
+    QVERIFY(m_directory->isValid());
+    QCOMPARE(::chmod(QFile::encodeName(m_directory->path()).constData(), 0755), 0);
+}
+
+void TestUtilIniTable::compare(const QString &file, const Reference &reference)
+{
+    QSet<QPair<QString, QString>> pairs;
+    const QStringList keys = reference.keys();
+    for (const QString &key : keys) {
+        for (int i = key.indexOf(QLatin1Char('/')); i >= 0;
+             i = key.indexOf(QLatin1Char('/'), i + 1))
+            pairs.insert({key.left(i), key.mid(i + 1)});
+        pairs.insert({QString(), key});
+        pairs.insert({QStringLiteral("General"), key});
+    }
+    for (const char *name : {"CN", "cn", "General", "", "證書"}) {
+        for (const char *key :
+             {"K", "k", "L", "a/b", "/K", "K/", "a//b", "證書", "證", "%E8", "a b"})
+            pairs.insert({section(name), section(key)});
+    }
+    for (const auto &pair : qAsConst(pairs))
+        QCOMPARE(ini_table::lookup(file, pair.first, pair.second),
+                 reference.value(pair.first, pair.second));
+}
+
+void TestUtilIniTable::readsAsSettingsDo_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("value"); // of K in CN
+    const auto row = [](const char *name, const QByteArray &content, const char *value) {
+        QTest::newRow(name) << content << QString::fromUtf8(value);
+    };
+    row("plain", "[CN]\nK=value\n", "value");
+    row("UTF-8", "[CN]\nK=證書\n", "證書");
+    row("UTF-8, quoted", "[CN]\nK=\"證書\"\n", "證書");
+    row("beyond the first plane", "[CN]\nK=\"\xF0\x9F\x94\x92\"\n", "\xF0\x9F\x94\x92");
+    row("not UTF-8", "[CN]\nK=\"\xFF\xFE\"\n", "\xEF\xBF\xBD\xEF\xBF\xBD");
+    row("no line end", "[CN]\nK=value", "value");
+    row("CR LF", "[CN]\r\nK=value\r\nL=x\r\n", "value");
+    row("CR", "[CN]\rK=value\rL=x\r", "value");
+    row("byte order mark", "\xEF\xBB\xBF[CN]\nK=證書\n", "證書");
+    row("blanks around", "[CN]\n  K  =  value  \n", "value");
+    row("blanks in quotes", "[CN]\nK=\"  value  \"\n", "  value  ");
+    row("blanks around the section", "[ CN ]\nK=value\n", "value");
+    row("empty", "[CN]\nK=\n", "");
+    row("empty, quoted", "[CN]\nK=\"\"\n", "");
+    row("no equals sign", "[CN]\nK\n", "");
+    row("two equals signs", "[CN]\nK=a=b\n", "a=b");
+    row("comma", "[CN]\nK=one, two\n", "");
+    row("comma, quoted", "[CN]\nK=\"one, two\"\n", "one, two");
+    row("two quoted", "[CN]\nK=\"one\", \"two\"\n", "");
+    row("semicolon", "[CN]\nK=one;two\n", "one");
+    row("semicolon, quoted", "[CN]\nK=\"one;two\"\n", "one;two");
+    row("hash", "[CN]\nK=one#two\n", "one#two");
+    row("comment lines", ";[CN]\n[CN]\n;K=one\n#K=two\nK=three\n", "three");
+    row("escapes", "[CN]\nK=a\\nb\\t\\x41\\101\\\\\\\"\n", "a\nb\tAA\\\"");
+    row("escapes, quoted", "[CN]\nK=\"a\\nb\\\\c\\\"d\"\n", "a\nb\\c\"d");
+    row("unknown escape", "[CN]\nK=\"a\\qb\"\n", "ab");
+    row("joined lines", "[CN]\nK=one\\\ntwo\n", "onetwo");
+    row("quote without end", "[CN]\nK=\"value\nL=x\n", "value\nL=x\n");
+    row("quotes in the middle", "[CN]\nK=a\"b\"c\n", "abc");
+    row("the last of two", "[CN]\nK=one\nK=two\n", "two");
+    row("section in two parts", "[CN]\nK=one\n[TW]\nK=x\n[CN]\nL=two\n", "one");
+    row("another section", "[TW]\nK=value\n", "");
+    row("another case", "[cn]\nK=value\n", "");
+    row("another case of the key", "[CN]\nk=value\n", "");
+    row("no section", "K=value\n", "");
+    row("section General", "[General]\nK=value\n[%General]\nL=x\n", "");
+    row("section without end", "[CN\nK=value\n", "value");
+    row("key with a slash", "[CN]\na\\b=value\na/c=x\nK=y\n", "y");
+    row("key with escapes", "[CN]\na%20b=value\n%4B=x\n", "x");
+    row("key outside ASCII", "[CN]\n證書=value\n%U8B49=x\nK=y\n", "y");
+    row("section outside ASCII", "[證書]\nK=value\n[CN]\nK=y\n", "y");
+    row("number", "[CN]\nK=42\n", "42");
+    row("identifier", "[OID]\n2.5.4.3=\"CN\"\n[CN]\nK=y\n", "y");
+    row("@Invalid", "[CN]\nK=@Invalid()\n", "");
+    row("@ByteArray", "[CN]\nK=@ByteArray(abc)\n", "abc");
+    row("@String", "[CN]\nK=@String(abc)\n", "abc");
+    row("@Rect", "[CN]\nK=@Rect(1 2 3 4)\n", "");
+    row("@Variant", "[CN]\nK=@Variant(\\0\\0\\0\\x2\\0\\0\\0*)\n", "42");
+    row("@Variant, cut short", "[CN]\nK=@Variant(\\0\\0)\n", "");
+    row("@@", "[CN]\nK=@@x\n", "@x");
+    QTest::newRow("NUL in a value")
+        << QByteArray("[CN]\nK=\"a\0b\"\n", 13) << QString::fromUtf8("a\0b", 3);
+    row("NUL in a key", QByteArray("[CN]\nK\0L=x\nK=y\n", 15), "y");
+    row("no file to speak of", "\n\n", "");
+}
+
+void TestUtilIniTable::readsAsSettingsDo()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, value);
+    const QString file = make(content);
+    compare(file, Reference(content));
+    QCOMPARE(ini_table::lookup(file, section(), section("K")), value);
+}
+
+void TestUtilIniTable::readsAnyOctetsAsSettingsDo()
+{
+    QRandomGenerator random(20240229);
+    const QByteArray alphabet("[]=;#\"\\\n\r,%@()KLCN \t/\0\xE8\xAD\x89\xFF", 26);
+    for (int i = 0; i < 300; ++i) {
+        QByteArray content = "[CN]\nK=";
+        const int size = static_cast<int>(random.bounded(120));
+        for (int j = 0; j < size; ++j)
+            content += alphabet.at(static_cast<int>(random.bounded(alphabet.size())));
+        compare(make(content), Reference(content));
+        if (QTest::currentTestFailed())
+            QFAIL(content.toHex().constData());
+    }
+}
+
+void TestUtilIniTable::isNotFooledByTheCacheOfSettings()
+{
+    const QString file = make("[CN]\nK=\"證書\"\n");
+    {
+        const QSettings settings(file, QSettings::IniFormat);
+        settings.value(QStringLiteral("CN/K")); // parsed, in whatever encoding
+    }
+    QCOMPARE(ini_table::lookup(file, section(), section("K")), section("證書"));
+}
+
+void TestUtilIniTable::absentFile_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("missing") << QStringLiteral("missing");
+    QTest::newRow("a directory") << QStringLiteral("directory");
+    QTest::newRow("a pipe") << QStringLiteral("pipe");
+    QTest::newRow("empty") << QStringLiteral("empty");
+    QTest::newRow("link to a device") << QStringLiteral("device");
+}
+
+void TestUtilIniTable::absentFile()
+{
+    QFETCH(QString, kind);
+    const QByteArray file = QFile::encodeName(path());
+    if (kind == QLatin1String("directory"))
+        QCOMPARE(::mkdir(file.constData(), 0755), 0);
+    else if (kind == QLatin1String("pipe"))
+        QCOMPARE(::mkfifo(file.constData(), 0644), 0);
+    else if (kind == QLatin1String("empty"))
+        make(QByteArray());
+    else if (kind == QLatin1String("device"))
+        QCOMPARE(::symlink("/dev/zero", file.constData()), 0);
+    QCOMPARE(ini_table::lookup(path(), section(), section("K")), QString());
+}
+
+void TestUtilIniTable::unreadableFile()
+{
+    const QString file = make("[CN]\nK=value\n");
+    QCOMPARE(::chmod(QFile::encodeName(file).constData(), 0), 0);
+    QVERIFY(
+        asOrdinaryUser([&] { return ini_table::lookup(file, section(), section("K")).isEmpty(); }));
+}
+
+void TestUtilIniTable::followsTheFile()
+{
+    const auto value = [this] { return ini_table::lookup(path(), section(), section("K")); };
+    QCOMPARE(value(), QString());
+    make("[CN]\nK=one\n");
+    QCOMPARE(value(), QStringLiteral("one"));
+    make("[CN]\nK=two\n", "other.ini");
+    QCOMPARE(::rename(QFile::encodeName(path("other.ini")).constData(),
+                      QFile::encodeName(path()).constData()),
+             0);
+    QCOMPARE(value(), QStringLiteral("two"));
+    QVERIFY(QFile::remove(path()));
+    QCOMPARE(value(), QString());
+    QVERIFY(QFile::link(make("[CN]\nK=three\n", "third.ini"), path()));
+    QCOMPARE(value(), QStringLiteral("three"));
+    make("[CN]\nK=four\n", "third.ini");
+    QCOMPARE(value(), QStringLiteral("four"));
+}
+
+void TestUtilIniTable::followsTwoFiles()
+{
+    const QString one = make("[CN]\nK=one\n", "one.ini");
+    const QString two = make("[CN]\nK=two\n", "two.ini");
+    for (int i = 0; i < 3; ++i) {
+        QCOMPARE(ini_table::lookup(one, section(), section("K")), QStringLiteral("one"));
+        QCOMPARE(ini_table::lookup(two, section(), section("K")), QStringLiteral("two"));
+    }
+}
+
+void TestUtilIniTable::seesEveryEditAtOnce_data()
+{
+    QTest::addColumn<bool>("inPlace");
+    QTest::newRow("written over") << true;
+    QTest::newRow("replaced") << false;
+}
+
+void TestUtilIniTable::seesEveryEditAtOnce()
+{
+    QFETCH(bool, inPlace);
+    // The same size each time, and faster than file times tick.
+    for (int i = 1000; i < 1500; ++i) {
+        const QByteArray content = "[CN]\nK=" + QByteArray::number(i) + "\n";
+        if (inPlace) {
+            make(content);
+        } else {
+            make(content, "new.ini");
+            QCOMPARE(::rename(QFile::encodeName(path("new.ini")).constData(),
+                              QFile::encodeName(path()).constData()),
+                     0);
+        }
+        QCOMPARE(ini_table::lookup(path(), section(), section("K")), QString::number(i));
+        QCOMPARE(ini_table::lookup(path(), section(), section("K")), QString::number(i));
+    }
+}
+
+void TestUtilIniTable::seesEditThatKeepsSizeAndTime()
+{
+    const QByteArray file = QFile::encodeName(make("[CN]\nK=one\n"));
+    QTest::qSleep(100); // the copy becomes one to be trusted
+    QCOMPARE(ini_table::lookup(path(), section(), section("K")), QStringLiteral("one"));
+    struct stat before = {};
+    QCOMPARE(::stat(file.constData(), &before), 0);
+    make("[CN]\nK=two\n");
+    const timespec times[] = {before.st_atim, before.st_mtim};
+    QCOMPARE(::utimensat(AT_FDCWD, file.constData(), times, 0), 0);
+    struct stat after = {};
+    QCOMPARE(::stat(file.constData(), &after), 0);
+    QCOMPARE(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
+    QCOMPARE(after.st_size, before.st_size);
+    QCOMPARE(ini_table::lookup(path(), section(), section("K")), QStringLiteral("two"));
+}
+
+void TestUtilIniTable::manyLookupsAreFast()
+{
+    QByteArray content = "[CN]\n";
+    for (int i = 0; i < 2000; ++i)
+        content += "K" + QByteArray::number(i) + "=\"value " + QByteArray::number(i) + "\"\n";
+    const QString file = make(content);
+    QTest::qSleep(100);
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 20000; ++i)
+        QCOMPARE(ini_table::lookup(file, section(), section("K1999")), section("value 1999"));
+    // Parsing the file for each would take minutes.
+    QVERIFY2(timer.elapsed() < 5000, QByteArray::number(timer.elapsed()).constData());
+}
+
+void TestUtilIniTable::leavesNothingBehind()
+{
+    const QByteArray before = qgetenv("TMPDIR");
+    QVERIFY(QDir(m_directory->path()).mkdir(QStringLiteral("temporary")));
+    qputenv("TMPDIR", QFile::encodeName(path("temporary")));
+    const QString value = ini_table::lookup(make("[CN]\nK=one\n"), section(), section("K"));
+    qputenv("TMPDIR", before);
+    QCOMPARE(value, QStringLiteral("one"));
+    QVERIFY(QDir(path("temporary")).isEmpty());
+}
+
+void TestUtilIniTable::worksWithoutATemporaryDirectory()
+{
+    const QByteArray before = qgetenv("TMPDIR");
+    qputenv("TMPDIR", QFile::encodeName(path("missing")));
+    const QString value = ini_table::lookup(make("[CN]\nK=\"證書\"\n"), section(), section("K"));
+    qputenv("TMPDIR", before);
+    QCOMPARE(value, section("證書"));
+}
+
+void TestUtilIniTable::pathOutsideAscii()
+{
+    QCOMPARE(ini_table::lookup(make("[CN]\nK=one\n", "語言 файл.ini"), section(), section("K")),
+             QStringLiteral("one"));
+}
+
+QTEST_GUILESS_MAIN(TestUtilIniTable)
+#include "tst_util_ini_table.moc"
