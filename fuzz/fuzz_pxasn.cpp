@@ -1,0 +1,51 @@
+#include "asn/pxasn.h"
+#include "fuzz_target.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+void readAll(PXAsnBlock &block)
+{
+    for (int i = 0; i < block.getChildCount(); ++i)
+        readAll(*block.getChild(i, 0));
+    const bool isConstructed = (block.type() & 0x20) != 0;
+    require(!isConstructed || block.toString().isEmpty());
+    require(!isConstructed || block.toByteArray().isEmpty());
+    require(block.printData().startsWith(QLatin1String(" { ")));
+    block.printData_ex();
+    block.print();
+    block.toInt();
+    block.toDateTime();
+    PXAsnBlock::convertDateTime(block.toByteArray());
+}
+
+} // namespace
+
+// Every value of every element can be read, and flattening lowers the level by one.
+int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    static int argc = 1;
+    static char name[] = "fuzz_pxasn";
+    static char *argv[] = {name, nullptr};
+    static const QCoreApplication application(argc, argv);
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+
+    PXAsn document(nullptr);
+    if (!document.open({reinterpret_cast<const char *>(data), static_cast<int>(size)}))
+        return 0;
+    readAll(document);
+    std::vector<QString> values;
+    std::vector<certpolicy> items;
+    int level = 0;
+    require(document.get_extendata(values) == 1);
+    require(document.get_extendata_certpolicy(items, level) == 1);
+    require(level == -1 && items.size() == values.size());
+
+    const QByteArray der = document.build();
+    PXAsn again(nullptr);
+    require(again.open(der) == 1 && again.build() == der);
+    document.remove(0);
+    document.update();
+    return 0;
+}
