@@ -25,3 +25,13 @@ inline void followDesktopScale()
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
 #endif
 }
+
+/// An INI file is read as UTF-8, which Qt 6 does anyway. A template, so that this header does not
+/// ask for `QSettings`.
+template <typename Settings>
+void readAsUtf8([[maybe_unused]] Settings &settings)
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    settings.setIniCodec("utf-8");
+#endif
+}

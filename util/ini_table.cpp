@@ -1,5 +1,6 @@
 #include "util/ini_table.h"
 
+#include "core/qt_compat.h"
 #include "util/c_util.h"
 
 #include <ctime>
@@ -71,7 +72,7 @@ Texts parse(const QByteArray &path, const QByteArray &content)
     const bool copied = copy.open() && copy.write(content) == content.size() && copy.flush();
     QSettings settings(copied ? copy.fileName() : QFile::decodeName(path), QSettings::IniFormat);
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // since then it is always UTF-8
-    settings.setIniCodec("utf-8");
+    readAsUtf8(settings);
 #endif
     const QStringList keys = settings.allKeys();
     texts.reserve(keys.size());

@@ -1,3 +1,4 @@
+#include "core/qt_compat.h"
 #include "tests/languages/tables.h"
 #include "util/c_language.h"
 #include "util/c_util.h"
@@ -25,9 +26,7 @@ QString builtFile()
 QSettings &settings()
 {
     static QSettings settings(builtFile(), QSettings::IniFormat);
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    settings.setIniCodec("utf-8");
-#endif
+    readAsUtf8(settings);
     return settings;
 }
 

@@ -1,4 +1,5 @@
 #include "tests/support/ordinary_user.h"
+#include "core/qt_compat.h"
 #include "util/ini_table.h"
 
 #include <fcntl.h>
@@ -27,9 +28,7 @@ public:
     explicit Reference(const QByteArray &content)
         : m_settings(copy(content), QSettings::IniFormat)
     {
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-        m_settings.setIniCodec("utf-8");
-#endif
+        readAsUtf8(m_settings);
     }
     QStringList keys() const
     {
