@@ -118,7 +118,8 @@ void tst_artwork_images::haveTheirSizes()
     QFETCH(QString, path);
     QFETCH(QSize, size);
     QSize largest;
-    for (const QImage &picture : picturesOf(path))
+    const QVector<QImage> pictures = picturesOf(path);
+    for (const QImage &picture : pictures)
         largest = largest.expandedTo(picture.size());
     QCOMPARE(largest, size);
 }
@@ -150,7 +151,8 @@ void tst_artwork_images::areWhatTheDrawingsSay()
 void tst_artwork_images::iconHoldsEverySize()
 {
     QVector<int> sides;
-    for (const QSize &size : QIcon(QStringLiteral(":/img/res/stamp.ico")).availableSizes()) {
+    const QList<QSize> sizes = QIcon(QStringLiteral(":/img/res/stamp.ico")).availableSizes();
+    for (const QSize &size : sizes) {
         QCOMPARE(size.width(), size.height());
         sides.append(size.width());
     }

@@ -117,7 +117,8 @@ void tst_languages_file::hasTheSameKeysInEveryLanguage()
 
     // And none that nothing uses: what is not the program's own text belongs to an identifier.
     QStringList names;
-    for (const QString &oid : keysOf("OID"))
+    const QStringList identifiers = keysOf("OID");
+    for (const QString &oid : identifiers)
         names.append(underOid(oid));
     for (const QString &key : keys)
         QVERIFY2(key.startsWith(QLatin1String("PXCERTREAD_")) || names.contains(key),
@@ -130,7 +131,8 @@ void tst_languages_file::hasNoKeyThatACertificateCouldHoldAsAValue()
     const QRegularExpression key(
         QStringLiteral("^PX(CERTREAD_00[0-7][0-9]|OID_[0-9]+(_[0-9]+)+)$"));
     for (const char *language : kLanguages) {
-        for (const QString &each : keysOf(language))
+        const QStringList keys = keysOf(language);
+        for (const QString &each : keys)
             QVERIFY2(key.match(each).hasMatch(), qPrintable(each));
     }
 }
@@ -174,12 +176,14 @@ void tst_languages_file::namesIdentifiers_data()
     QTest::addColumn<QString>("oid");
     QTest::addColumn<QString>("key");
     int count = tables::read("attributes.tsv").size();
-    for (const tables::Row &row : tables::read("oids.tsv")) {
+    const QVector<tables::Row> named = tables::read("oids.tsv");
+    for (const tables::Row &row : named) {
         const QString oid = cell(row, "oid");
         QTest::addRow("%s", qPrintable(oid)) << oid << tables::keyOf(oid);
         ++count;
     }
-    for (const tables::Row &row : tables::read("texts.tsv")) {
+    const QVector<tables::Row> texts = tables::read("texts.tsv");
+    for (const tables::Row &row : texts) {
         const QString oid = cell(row, "oid");
         if (oid.isEmpty())
             continue;
@@ -209,7 +213,8 @@ void tst_languages_file::keepsShortNamesOfAttributes_data()
     // Those the model compares with, whatever the table says.
     QTest::addRow("common name") << QStringLiteral("2.5.4.3") << QStringLiteral("CN");
     QTest::addRow("organization") << QStringLiteral("2.5.4.10") << QStringLiteral("O");
-    for (const tables::Row &row : tables::read("attributes.tsv")) {
+    const QVector<tables::Row> attributes = tables::read("attributes.tsv");
+    for (const tables::Row &row : attributes) {
         const QString oid = cell(row, "oid");
         QTest::addRow("%s", qPrintable(oid)) << oid << cell(row, "short name");
     }
@@ -274,11 +279,13 @@ void tst_languages_file::namesNoTwoRowsAlike()
                              QStringLiteral("QC statement")};
     const QRegularExpression rowName(QStringLiteral("^PXCERTREAD_00(1[4-9]|2[0-9]|3[0-2])$"));
     QStringList names;
-    for (const tables::Row &row : tables::read("texts.tsv")) {
+    const QVector<tables::Row> texts = tables::read("texts.tsv");
+    for (const tables::Row &row : texts) {
         if (rowName.match(cell(row, "key")).hasMatch())
             names.append(row.value(language));
     }
-    for (const tables::Row &row : tables::read("oids.tsv")) {
+    const QVector<tables::Row> named = tables::read("oids.tsv");
+    for (const tables::Row &row : named) {
         if (groups.contains(cell(row, "group")))
             names.append(row.value(language));
     }

@@ -177,7 +177,8 @@ void tst_languages_widths::columns()
     // Names of rows. The English names of extensions are given by their standard, and the table
     // elides the longest.
     const bool english = c_language::GetLangPtr()->section() == QLatin1String("EN");
-    for (const tables::Row &row : tables::read("texts.tsv")) {
+    const QVector<tables::Row> texts = tables::read("texts.tsv");
+    for (const tables::Row &row : texts) {
         const QString key = tables::cell(row, "key");
         const bool isField =
             key >= QLatin1String("PXCERTREAD_0014") && key <= QLatin1String("PXCERTREAD_0022");
