@@ -1,0 +1,39 @@
+#pragma once
+
+#include "app/mainwindow.h"
+#include "util/c_language.h"
+
+#include <QPushButton>
+#include <QString>
+#include <QToolButton>
+
+/// A widget of the window by its object's name.
+template <typename Widget>
+Widget *child(const QWidget &window, const char *name)
+{
+    auto *widget = window.findChild<Widget *>(QLatin1String(name));
+    if (!widget)
+        qFatal("the window has no %s", name);
+    return widget;
+}
+
+inline QToolButton *closeButton(const QWidget &window)
+{
+    return window.findChild<QToolButton *>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+inline QPushButton *bottomButton(const QWidget &window)
+{
+    return window.findChild<QPushButton *>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+/// The text under a key, as it is shown.
+inline QString shown(const char *key)
+{
+    return displayText(QLatin1String(key));
+}
+
+inline detail_node row(const char *name, const char *value, const char *full, int kind)
+{
+    return {QString::fromUtf8(name), QString::fromUtf8(value), QString::fromUtf8(full), kind};
+}
