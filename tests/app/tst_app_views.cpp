@@ -1,0 +1,557 @@
+#include "core/px_core_manager.h"
+#include "tests/app/widgets.h"
+#include "tests/support/der.h"
+#include "tests/support/message_recorder.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFrame>
+#include <QPlainTextEdit>
+#include <QScrollBar>
+#include <QTableWidget>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <type_traits>
+
+static_assert(std::has_virtual_destructor<stu_cert>::value, "stu_cert is a base by contract");
+static_assert(!std::is_copy_constructible<stu_cert>::value, "its buffer has one owner");
+
+namespace {
+
+// A window on its details page with the parts that show rows.
+struct Details
+{
+    Details()
+    {
+        tabs->setCurrentIndex(1);
+        window.show();
+        (void)QTest::qWaitForWindowExposed(&window);
+    }
+
+    // The texts of the rows that the table shows, "name=value" each.
+    QStringList rows() const
+    {
+        QStringList all;
+        for (int i = 0; i < table->rowCount(); ++i)
+            all.append(table->item(i, 0)->text() + QLatin1Char('=') + table->item(i, 1)->text());
+        return all;
+    }
+
+    void click(int row, int column)
+    {
+        const QRect cell = table->visualRect(table->model()->index(row, column));
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::NoModifier, cell.center());
+    }
+
+    QString detail() const { return box->toPlainText(); }
+
+    MainWindow window;
+    QTabWidget *tabs = child<QTabWidget>(window, "tabWidget");
+    QTableWidget *table = child<QTableWidget>(window, "tableWidget_detailinfo");
+    QComboBox *selector = child<QComboBox>(window, "comboBox_selection");
+    QPlainTextEdit *box = child<QPlainTextEdit>(window, "plainTextEdit_detail_2");
+};
+
+// Two basic fields and three extensions, two of which bear the same name.
+std::vector<detail_node> fiveRows()
+{
+    return {row("Version", "V3", "V3", 0), row("Policy", "p1", "the first policy", 1),
+            row("Subject", "s", "the whole subject", 0), row("Usage", "u", "all usages", 1),
+            row("Policy", "p2", "the second policy", 1)};
+}
+
+QStringList list(const char *words)
+{
+    return QString::fromLatin1(words).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+// A certificate whose fields end after the serial number, which is `length` octets of 0xE9.
+QByteArray beginningOfCertificate(int length)
+{
+    return der::sequence({der::sequence(
+        {der::tlv(0xA0, der::integer("02")), der::tlv(0x02, QByteArray(length, '\xE9'))})});
+}
+
+} // namespace
+
+// How the two pages show texts and rows, and how a certificate reaches them.
+class tst_app_views : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void summaryGoesToItsBox_data();
+    void summaryGoesToItsBox();
+    void summaryIsAppended();
+    void boxesShowTheBeginning();
+    void rowsAreShownInOrder();
+    void laterRowsAreKeptFirst();
+    void selectorNarrows_data();
+    void selectorNarrows();
+    void selectorClearsTheDetail();
+    void selectorTwoThenNoneThenAll();
+    void selectorWithoutRows();
+    void unknownEntryShowsItsKind();
+    void clickShowsTheFullText_data();
+    void clickShowsTheFullText();
+    void clickOnTheEmptyAreaShowsNothing();
+    void namesAreComparedExactly();
+    void emptyFullTexts();
+    void fullTextThatEndsInACarriageReturn();
+    void tabsShowAndHideTheLine();
+    void tabClickIsToldOnly();
+    void aFileIsLoaded();
+    void aMissingFileIsNot();
+    void aPathNextToTheStartIsFound();
+    void theWorkingDirectoryComesFirst();
+    void length_data();
+    void length();
+    void aLongArgumentIsACertificate();
+    void aLongArgumentIsPassedAsLatin1();
+    void aLongArgumentMayBePem();
+    void anUnusedRecordFreesItsBuffer();
+    void hugeCells();
+    void hugeWord();
+    void manyRows();
+
+private:
+    QTemporaryDir m_folder;
+};
+
+void tst_app_views::summaryGoesToItsBox_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("upper");
+    QTest::addColumn<QString>("lower");
+    const QString text = QStringLiteral("text");
+    QTest::newRow("0") << 0 << text << QString();
+    QTest::newRow("1") << 1 << QString() << text;
+    QTest::newRow("2") << 2 << QString() << text;
+    QTest::newRow("-1") << -1 << QString() << text;
+}
+
+void tst_app_views::summaryGoesToItsBox()
+{
+    QFETCH(int, type);
+    QFETCH(QString, upper);
+    QFETCH(QString, lower);
+    MainWindow window;
+    window.result_normal(QStringLiteral("text"), type);
+    QCOMPARE(child<QPlainTextEdit>(window, "plainTextEdit_normal")->toPlainText(), upper);
+    QCOMPARE(child<QPlainTextEdit>(window, "plainTextEdit_normal_2")->toPlainText(), lower);
+}
+
+void tst_app_views::summaryIsAppended()
+{
+    MainWindow window;
+    window.result_normal(QStringLiteral("one\ntwo"), 0);
+    window.result_normal(QStringLiteral("three"), 0);
+    auto *box = child<QPlainTextEdit>(window, "plainTextEdit_normal");
+    QCOMPARE(box->toPlainText(), QStringLiteral("one\ntwo\nthree"));
+    QCOMPARE(box->blockCount(), 3);
+}
+
+void tst_app_views::boxesShowTheBeginning()
+{
+    Details details;
+    const QString lines = QStringLiteral("line\n").repeated(200);
+    details.window.result_normal(lines, 0);
+    details.window.result_normal(lines, 1);
+    details.window.result_detail({{QStringLiteral("n"), QStringLiteral("v"), lines, 0}});
+    details.click(0, 0);
+    details.tabs->setCurrentIndex(0);
+    QCoreApplication::processEvents();
+    for (QPlainTextEdit *box : details.window.findChildren<QPlainTextEdit *>()) {
+        QVERIFY2(box->verticalScrollBar()->maximum() > 0, qPrintable(box->objectName()));
+        QCOMPARE(box->verticalScrollBar()->value(), 0);
+    }
+}
+
+void tst_app_views::rowsAreShownInOrder()
+{
+    Details details;
+    details.window.result_detail(fiveRows());
+    QCOMPARE(details.rows(), list("Version=V3 Policy=p1 Subject=s Usage=u Policy=p2"));
+    QCOMPARE(details.detail(), QString());
+}
+
+void tst_app_views::laterRowsAreKeptFirst()
+{
+    Details details;
+    details.window.result_detail({row("a", "1", "", 0), row("b", "2", "", 0)});
+    details.window.result_detail({row("c", "3", "", 0), row("d", "4", "", 0)});
+    QCOMPARE(details.rows(), list("a=1 b=2 c=3 d=4"));
+    details.selector->setCurrentIndex(1);
+    QCOMPARE(details.rows(), list("c=3 d=4 a=1 b=2"));
+}
+
+void tst_app_views::selectorNarrows_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QStringList>("rows");
+    QTest::newRow("all") << 0 << list("Version=V3 Policy=p1 Subject=s Usage=u Policy=p2");
+    QTest::newRow("basic fields") << 1 << list("Version=V3 Subject=s");
+    QTest::newRow("extensions") << 2 << list("Policy=p1 Usage=u Policy=p2");
+    QTest::newRow("none") << -1 << QStringList();
+}
+
+void tst_app_views::selectorNarrows()
+{
+    QFETCH(int, index);
+    QFETCH(QStringList, rows);
+    Details details;
+    details.window.result_detail(fiveRows());
+    details.selector->setCurrentIndex(index == 0 ? 1 : 0);
+    details.selector->setCurrentIndex(index);
+    QCOMPARE(details.rows(), rows);
+}
+
+void tst_app_views::selectorClearsTheDetail()
+{
+    Details details;
+    details.window.result_detail(fiveRows());
+    for (const int index : {2, 0}) {
+        details.click(0, 0);
+        QVERIFY(!details.detail().isEmpty());
+        details.selector->setCurrentIndex(index);
+        QCOMPARE(details.detail(), QString());
+        QCOMPARE(details.table->currentRow(), -1);
+    }
+}
+
+void tst_app_views::selectorTwoThenNoneThenAll()
+{
+    Details details;
+    details.window.result_detail(fiveRows());
+    const QStringList all = details.rows();
+    details.selector->setCurrentIndex(2);
+    QCOMPARE(details.rows().size(), 3);
+    details.selector->setCurrentIndex(-1);
+    QCOMPARE(details.rows(), QStringList());
+    details.selector->setCurrentIndex(0);
+    QCOMPARE(details.rows(), all);
+}
+
+void tst_app_views::selectorWithoutRows()
+{
+    Details details;
+    details.window.result_detail({});
+    for (const int index : {1, 2, 0}) {
+        details.selector->setCurrentIndex(index);
+        QCOMPARE(details.rows(), QStringList());
+    }
+    QSignalSpy clicked(details.table, &QTableWidget::clicked);
+    QTest::mouseClick(details.table->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(20, 20));
+    QCOMPARE(clicked.count(), 0);
+}
+
+// The flag equals the index minus one: that is the whole filter.
+void tst_app_views::unknownEntryShowsItsKind()
+{
+    Details details;
+    std::vector<detail_node> rows = fiveRows();
+    rows.push_back(row("Other", "o", "", 2));
+    details.window.result_detail(rows);
+    details.selector->addItem(QStringLiteral("more"));
+    details.selector->setCurrentIndex(3);
+    QCOMPARE(details.rows(), list("Other=o"));
+}
+
+void tst_app_views::clickShowsTheFullText_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("text");
+    const QString policies = QStringLiteral("the first policy\nthe second policy");
+    QTest::newRow("name") << 2 << 0 << QStringLiteral("the whole subject");
+    QTest::newRow("value") << 2 << 1 << QStringLiteral("the whole subject");
+    QTest::newRow("first of a name") << 1 << 0 << policies;
+    QTest::newRow("second of a name") << 4 << 1 << policies;
+}
+
+void tst_app_views::clickShowsTheFullText()
+{
+    QFETCH(int, row);
+    QFETCH(int, column);
+    QFETCH(QString, text);
+    Details details;
+    details.window.result_detail(fiveRows());
+    details.click(0, 0);
+    QCOMPARE(details.detail(), QStringLiteral("V3"));
+    details.click(row, column);
+    QCOMPARE(details.detail(), text);
+    QCOMPARE(details.box->blockCount(), text.count(QLatin1Char('\n')) + 1);
+}
+
+void tst_app_views::clickOnTheEmptyAreaShowsNothing()
+{
+    Details details;
+    details.window.result_detail({row("a", "1", "full", 0)});
+    const QPoint below(20, details.table->viewport()->height() - 5);
+    QVERIFY(!details.table->indexAt(below).isValid());
+    QTest::mouseClick(details.table->viewport(), Qt::LeftButton, Qt::NoModifier, below);
+    QCOMPARE(details.detail(), QString());
+}
+
+void tst_app_views::namesAreComparedExactly()
+{
+    Details details;
+    details.window.result_detail({row("Name", "1", "one", 0), row("name", "2", "two", 0),
+                                  row("Name ", "3", "three", 0), row("", "4", "four", 0)});
+    details.click(0, 0);
+    QCOMPARE(details.detail(), QStringLiteral("one"));
+    details.click(2, 0);
+    QCOMPARE(details.detail(), QStringLiteral("three"));
+    details.click(3, 0);
+    QCOMPARE(details.detail(), QStringLiteral("four"));
+}
+
+// The box leaves out an empty text only while it is empty itself.
+void tst_app_views::emptyFullTexts()
+{
+    Details details;
+    details.window.result_detail(
+        {row("a", "1", "", 0), row("a", "2", "x", 0), row("a", "3", "", 0), row("a", "4", "y", 0)});
+    details.click(0, 0);
+    QPlainTextEdit oneByOne;
+    for (const char *text : {"", "x", "", "y"})
+        oneByOne.appendPlainText(QString::fromLatin1(text));
+    QCOMPARE(details.detail(), oneByOne.toPlainText());
+    QCOMPARE(details.detail(), QStringLiteral("x\n\ny"));
+}
+
+void tst_app_views::fullTextThatEndsInACarriageReturn()
+{
+    Details details;
+    details.window.result_detail({row("a", "1", "x\r", 0), row("a", "2", "\ny", 0)});
+    details.click(0, 0);
+    QPlainTextEdit oneByOne;
+    oneByOne.appendPlainText(QStringLiteral("x\r"));
+    oneByOne.appendPlainText(QStringLiteral("\ny"));
+    QCOMPARE(details.detail(), oneByOne.toPlainText());
+}
+
+void tst_app_views::tabsShowAndHideTheLine()
+{
+    Details details;
+    const auto lines = details.window.findChildren<QFrame *>(QStringLiteral("lineEnd2"));
+    QCOMPARE(lines.size(), 2);
+    QVERIFY(lines.at(0)->isVisible());
+    QVERIFY(!lines.at(1)->isVisible());
+    const MessageRecorder recorder;
+    details.tabs->setCurrentIndex(0);
+    QVERIFY(lines.at(1)->isVisible());
+    details.tabs->setCurrentIndex(1);
+    QVERIFY(!lines.at(1)->isVisible());
+    QCOMPARE(MessageRecorder::messages().filter(QRegularExpression(QStringLiteral("^-?[0-9]+$"))),
+             list("0 1"));
+    // No other index changes anything.
+    for (const int index : {2, -1}) {
+        details.window.on_tabWidget_currentChanged(index);
+        QVERIFY(!lines.at(1)->isVisible());
+    }
+    details.tabs->setCurrentIndex(0);
+    for (const int index : {2, -1}) {
+        details.window.on_tabWidget_currentChanged(index);
+        QVERIFY(lines.at(1)->isVisible());
+    }
+    QVERIFY(lines.at(0)->isVisible());
+}
+
+void tst_app_views::tabClickIsToldOnly()
+{
+    Details details;
+    const MessageRecorder recorder;
+    QTabBar *bar = details.tabs->tabBar();
+    QTest::mouseClick(bar, Qt::LeftButton, Qt::NoModifier, bar->tabRect(1).center());
+    QCOMPARE(MessageRecorder::messages(), list("1"));
+    details.window.on_tabWidget_tabBarClicked(7);
+    QCOMPARE(MessageRecorder::messages(), list("1 7"));
+    QCOMPARE(details.tabs->currentIndex(), 1);
+}
+
+void tst_app_views::aFileIsLoaded()
+{
+    Details details;
+    const MessageRecorder recorder;
+    QVERIFY(details.window.loadcertfile(PX_SOURCE_DIR "/examples/server.pem"));
+    QCOMPARE(MessageRecorder::messages().last(), QStringLiteral("mainwindow::loadcertfile end"));
+    QVERIFY(details.table->rowCount() > 10);
+    QCOMPARE(details.detail(), QString());
+    for (const char *name : {"plainTextEdit_normal", "plainTextEdit_normal_2"})
+        QVERIFY(!child<QPlainTextEdit>(details.window, name)->toPlainText().isEmpty());
+}
+
+void tst_app_views::aMissingFileIsNot()
+{
+    Details details;
+    const MessageRecorder recorder;
+    for (const char *path : {"/nowhere/at all", "", ".", "/", "/dev/null", "relative"}) {
+        QVERIFY2(!details.window.loadcertfile(path), path);
+        QVERIFY(
+            !MessageRecorder::messages().contains(QStringLiteral("mainwindow::loadcertfile end")));
+    }
+    QCOMPARE(details.rows(), QStringList());
+    for (const QPlainTextEdit *box : details.window.findChildren<QPlainTextEdit *>())
+        QCOMPARE(box->toPlainText(), QString());
+}
+
+void tst_app_views::aPathNextToTheStartIsFound()
+{
+    const QString name = QStringLiteral("证书 next to the start.pem");
+    const QString target = QDir(startDirectory()).filePath(name);
+    QFile::remove(target);
+    QVERIFY(QFile::copy(QStringLiteral(PX_SOURCE_DIR "/examples/ca.pem"), target));
+    Details details;
+    QVERIFY(QDir::setCurrent(m_folder.path()));
+    QVERIFY(details.window.loadcertfile(QFile::encodeName(name).constData()));
+    QVERIFY(details.table->rowCount() > 5);
+    QFile::remove(target);
+}
+
+void tst_app_views::theWorkingDirectoryComesFirst()
+{
+    const QString name = QStringLiteral("both.pem");
+    const QString atStart = QDir(startDirectory()).filePath(name);
+    QFile::remove(atStart);
+    QVERIFY(QFile::copy(QStringLiteral(PX_SOURCE_DIR "/examples/ca.pem"), atStart));
+    Details details;
+    QFile here(m_folder.filePath(name));
+    QVERIFY(here.open(QIODevice::WriteOnly));
+    here.write(beginningOfCertificate(4));
+    here.close();
+    QVERIFY(QDir::setCurrent(m_folder.path()));
+    QVERIFY(details.window.loadcertfile("both.pem"));
+    QCOMPARE(details.rows().size(), 2);
+    QVERIFY(details.rows().last().endsWith(QLatin1String("e9e9e9e9"), Qt::CaseInsensitive));
+    QFile::remove(atStart);
+}
+
+void tst_app_views::length_data()
+{
+    QTest::addColumn<int>("length");
+    QTest::addColumn<bool>("isPath");
+    QTest::newRow("255") << 255 << true;
+    QTest::newRow("256") << 256 << false;
+    QTest::newRow("300") << 300 << false;
+}
+
+// A certificate lies at a path of this length: it is opened as a file, or its name is taken for a
+// certificate.
+void tst_app_views::length()
+{
+    QFETCH(int, length);
+    QFETCH(bool, isPath);
+    QString path = m_folder.path();
+    while (path.size() < length - 200)
+        path += QLatin1Char('/') + QString(100, QLatin1Char('d'));
+    QVERIFY(QDir().mkpath(path));
+    path += QLatin1Char('/') + QString(length - path.size() - 1, QLatin1Char('f'));
+    QCOMPARE(path.size(), length);
+    QVERIFY(QFile::copy(QStringLiteral(PX_SOURCE_DIR "/examples/ca.pem"), path));
+
+    Details details;
+    const MessageRecorder recorder;
+    QVERIFY(details.window.loadcertfile(QFile::encodeName(path).constData()));
+    QCOMPARE(details.table->rowCount() > 5, isPath);
+    QCOMPARE(details.rows().isEmpty(), !isPath);
+}
+
+void tst_app_views::aLongArgumentIsACertificate()
+{
+    const QByteArray text = beginningOfCertificate(300).toBase64();
+    QVERIFY(text.size() > 255);
+    Details details;
+    QVERIFY(details.window.loadcertfile(text.constData()));
+    QCOMPARE(details.rows().size(), 2);
+}
+
+void tst_app_views::aLongArgumentIsPassedAsLatin1()
+{
+    const QByteArray bytes = beginningOfCertificate(300);
+    QVERIFY(!bytes.contains('\0'));
+    Details details;
+    QVERIFY(details.window.loadcertfile(bytes.constData()));
+    QCOMPARE(details.rows().size(), 2);
+    QVERIFY(
+        details.rows().last().endsWith(QStringLiteral("e9").repeated(300), Qt::CaseInsensitive));
+}
+
+void tst_app_views::aLongArgumentMayBePem()
+{
+    QFile file(QStringLiteral(PX_SOURCE_DIR "/examples/server.pem"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    Details details;
+    QVERIFY(details.window.loadcertfile(file.readAll().constData()));
+    QVERIFY(details.table->rowCount() > 10);
+}
+
+void tst_app_views::anUnusedRecordFreesItsBuffer()
+{
+    std::unique_ptr<stu_cert> record(new stu_cert);
+    record->buffer.reset(new char('x')); // what is not freed, the sanitizer reports
+    QCOMPARE(*record->buffer, 'x');
+}
+
+// A cell is painted by its beginning, however much it holds.
+void tst_app_views::hugeCells()
+{
+    Details details;
+    const QString huge(20 * 1024 * 1024, QLatin1Char('x'));
+    details.window.result_detail({{huge, huge, QStringLiteral("full"), 0}});
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 20; ++i)
+        details.table->grab();
+    QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(details.table->item(0, 1)->text().size(), huge.size());
+    details.click(0, 1);
+    QCOMPARE(details.detail(), QStringLiteral("full"));
+}
+
+// A line break is looked for within bounds, and texts wrap at words again afterwards.
+void tst_app_views::hugeWord()
+{
+    Details details;
+    const QString word = QStringLiteral("30820122300d06092a864886f70d01010105").repeated(20000);
+    details.window.result_detail(
+        {{QStringLiteral("word"), QStringLiteral("w"), word, 0},
+         {QStringLiteral("text"), QStringLiteral("t"), QStringLiteral("full text"), 0}});
+    const QTextOption::WrapMode usual = QPlainTextEdit().wordWrapMode();
+    QElapsedTimer timer;
+    timer.start();
+    details.click(0, 0);
+    details.box->grab();
+    QVERIFY2(timer.elapsed() < 15000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(details.detail(), word);
+    details.click(1, 0);
+    QCOMPARE(details.detail(), QStringLiteral("full text"));
+    QCOMPARE(details.box->wordWrapMode(), usual);
+
+    details.window.result_normal(word, 1);
+    details.tabs->setCurrentIndex(0);
+    details.window.grab();
+    QVERIFY2(timer.elapsed() < 30000, qPrintable(QString::number(timer.elapsed())));
+}
+
+void tst_app_views::manyRows()
+{
+    constexpr int kRows = 50000;
+    Details details;
+    details.window.result_detail(
+        std::vector<detail_node>(kRows, row("name", "value", "full value", 1)));
+    QElapsedTimer timer;
+    timer.start();
+    for (const int index : {1, 2, 0})
+        details.selector->setCurrentIndex(index);
+    QCOMPARE(details.table->rowCount(), kRows);
+    details.click(0, 0);
+    QCOMPARE(details.box->blockCount(), kRows);
+    QVERIFY2(timer.elapsed() < 15000, qPrintable(QString::number(timer.elapsed())));
+}
+
+QTEST_MAIN(tst_app_views)
+#include "tst_app_views.moc"
