@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/focus_mark.h"
+#include "app/popup_escape.h"
 #include "app/program_look.h"
 #include "app/table_keys.h"
 #include "app/title_translation.h"
@@ -226,16 +227,17 @@ void MainWindow::setUpKeyboard()
                 &MainWindow::Exit);
     connect(new TableKeys(ui->tableWidget_detailinfo), &TableKeys::rowChosen, this,
             &MainWindow::on_tableWidget_detailinfo_clicked);
+    ui->comboBox_selection->view()->installEventFilter(new PopupEscape(this));
     ui->tabWidget->setFocus();
     new FocusMark(this);
 }
 
 void MainWindow::nameControls()
 {
-    ui->tabWidget->tabBar()->setAccessibleName(text("PXCERTREAD_0039"));
     ui->plainTextEdit_normal->setAccessibleName(text("PXCERTREAD_0070"));
     ui->plainTextEdit_normal_2->setAccessibleName(text("PXCERTREAD_0071"));
     ui->comboBox_selection->setAccessibleName(text("PXCERTREAD_0069"));
+    ui->label_2_notice->setBuddy(ui->comboBox_selection); // the name that is asked for under X11
     ui->tableWidget_detailinfo->setAccessibleName(text("PXCERTREAD_0072"));
     ui->plainTextEdit_detail_2->setAccessibleName(text("PXCERTREAD_0073"));
 }

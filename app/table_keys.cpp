@@ -1,9 +1,22 @@
 #include "app/table_keys.h"
 
+#include <algorithm>
+#include <iterator>
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QTableWidget>
+
+namespace {
+
+bool movesThroughRows(int key)
+{
+    static constexpr int kKeys[] = {Qt::Key_Up,     Qt::Key_Down,     Qt::Key_Left, Qt::Key_Right,
+                                    Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Home, Qt::Key_End};
+    return std::find(std::begin(kKeys), std::end(kKeys), key) != std::end(kKeys);
+}
+
+} // namespace
 
 TableKeys::TableKeys(QTableWidget *table)
     : QObject(table)
@@ -25,17 +38,22 @@ bool TableKeys::eventFilter(QObject *watched, QEvent *event)
     return true;
 }
 
-// The table acts on the key first; what it does not want goes on to the window.
 void TableKeys::move(QKeyEvent *key)
 {
+    const int before = m_table->currentRow();
     const int last = m_table->rowCount() - 1;
-    if (key->key() == Qt::Key_Home && last >= 0)
+    const bool isMove = movesThroughRows(key->key());
+    if (isMove && last < 0)
+        return;
+    if (key->key() == Qt::Key_Home)
         m_table->setCurrentCell(0, 0);
-    else if (key->key() == Qt::Key_End && last >= 0)
+    else if (key->key() == Qt::Key_End)
         m_table->setCurrentCell(last, 0);
+    else if (isMove && !m_table->selectionModel()->hasSelection())
+        m_table->setCurrentCell(qMax(before, 0), 0); // the first key takes the row it finds
     else
         static_cast<QObject *>(m_table)->event(key);
-    if (key->isAccepted() && m_table->hasFocus() && m_table->currentRow() >= 0)
+    if (isMove || m_table->currentRow() != before)
         emit rowChosen(m_table->currentIndex());
 }
 
