@@ -57,8 +57,8 @@ QByteArray octetsOfBmp(const QByteArray &content)
     if (units == 0)
         return {};
     std::vector<unsigned int> widened(static_cast<std::size_t>(units) + 1, 0);
-    for (int i = 0; i < units; ++i)
-        std::memcpy(&widened[static_cast<std::size_t>(i)], content.constData() + 2 * i, 2);
+    for (std::size_t i = 0; i + 1 < widened.size(); ++i)
+        std::memcpy(&widened[i], content.constData() + 2 * i, 2);
     const int size = content.size() * 2 + 1;
     QByteArray utf8(size + kConverterOverrun, '\0');
     utf8.truncate(code_unicode_to_utf8_reversebyte(widened.data(), units, utf8.data(), size));
@@ -158,7 +158,7 @@ PXAsnBlock::operator QString() const
 
 PXAsnBlock::operator QByteArray() const
 {
-    const QByteArray content = contentOctets();
+    QByteArray content = contentOctets();
     switch (type()) {
     case BitStringTag:
         return content.mid(1);

@@ -24,8 +24,8 @@ public:
     explicit PXAsnBlock(QObject *parent);
     ~PXAsnBlock() override;
 
-    /// Stands for `node` from now on, with one child object for each of its children. 0 for null.
-    int load(stASN_BLOCK_HEADER *node);
+    /// Stands for `block` from now on, with one child object for each of its children. 0 for null.
+    int load(stASN_BLOCK_HEADER *block);
 
     int type() const; ///< the identifier octet; 0 without node
     bool checkTag(int tag) const;

@@ -89,14 +89,10 @@ int PXAsnBlock::storeData(const QByteArray &data, bool padInteger, const char *o
                           const int (&lines)[4])
 {
     sendProgress(operation, lines[0], " start");
-    QByteArray content = data;
+    QByteArray content = checkTag(kObjectIdentifierTag) ? encodedIdentifier(data) : data;
     // Deliberate: a first octet of exactly 0x80 gets none put before it.
-    if (padInteger && checkTag(kIntegerTag) && !data.isEmpty() &&
-        static_cast<unsigned char>(data.at(0)) > 0x80)
-        content.prepend('\0');
-    else if (checkTag(kObjectIdentifierTag))
-        content = encodedIdentifier(data);
-    else if (checkTag(kBitStringTag))
+    const bool isNegative = !data.isEmpty() && static_cast<unsigned char>(data.at(0)) > 0x80;
+    if (checkTag(kBitStringTag) || (padInteger && checkTag(kIntegerTag) && isNegative))
         content.prepend('\0');
     if (!ASNSetBlockData(node, octetsOf(content), sizeOf(content)))
         return 0;

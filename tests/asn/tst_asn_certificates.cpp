@@ -81,7 +81,8 @@ QStringList independentPositions(const QByteArray &der, QString &errors)
     QStringList list;
     static const QRegularExpression line(
         QStringLiteral("^ *(\\d+):d=(\\d+) +hl=(\\d+) +l= *(\\d+) "));
-    for (const QByteArray &text : process.readAllStandardOutput().split('\n')) {
+    const QList<QByteArray> lines = process.readAllStandardOutput().split('\n');
+    for (const QByteArray &text : lines) {
         const QRegularExpressionMatch match = line.match(QString::fromUtf8(text));
         if (match.hasMatch())
             list << match.capturedTexts().mid(1).join(QLatin1Char(':'));

@@ -317,7 +317,6 @@ private slots:
     void longChainsDoNotRunOutOfStack()
     {
         for (const int tag : {0x30, 0x04, 0xA3}) {
-            QByteArray chain;
             // Inside out, each header before what it holds, without copying it every time.
             QByteArray headers;
             quint32 size = 0;

@@ -36,7 +36,7 @@ private:
 
     QStringList sent()
     {
-        const QStringList messages = m_core->messages;
+        QStringList messages = m_core->messages;
         m_core->messages.clear();
         return messages;
     }
