@@ -29,11 +29,11 @@ IMAGES = (
     ("res/title_ico.png", 24, 24),
 )
 
-# The icon's sizes and which drawing serves each: the smaller, the simpler.
+# The icon's sizes and which drawing serves each: the small ones have their own, on whole pixels.
 ICONS = (
-    (16, "icon/stamp-small.svg"),
-    (24, "icon/stamp-small.svg"),
-    (32, "icon/stamp-small.svg"),
+    (16, "icon/stamp-16.svg"),
+    (24, "icon/stamp-24.svg"),
+    (32, "icon/stamp-32.svg"),
     (48, "icon/stamp.svg"),
     (64, "icon/stamp.svg"),
     (128, "icon/stamp.svg"),
