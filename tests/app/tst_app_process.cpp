@@ -1,0 +1,436 @@
+#include "app/program_look.h"
+#include "tests/app/viewer_tree.h"
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QPixmap>
+#include <QScreen>
+#include <QtTest>
+
+namespace {
+
+const char *const kViewer = "PXViewCertTool";
+const char *const kLoaded = "mainwindow::loadcertfile end";
+const char *const kReady = "main:: end";
+
+QString example(const char *name)
+{
+    return QStringLiteral(PX_SOURCE_DIR "/examples/") + QLatin1String(name);
+}
+
+QImage screen()
+{
+    return QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+}
+
+// The screen when two looks at it are the same.
+QImage stillScreen()
+{
+    QImage before = screen();
+    for (int i = 0; i < 100; ++i) {
+        QTest::qWait(100);
+        QImage now = screen();
+        if (now == before)
+            break;
+        before = now;
+    }
+    return before;
+}
+
+void key(const QString &window, const char *name)
+{
+    Program::xdotool({QStringLiteral("windowfocus"), QStringLiteral("--sync"), window,
+                      QStringLiteral("key"), QString::fromLatin1(name)});
+}
+
+// How many certificates the model has gone through.
+int parsed(Program &program)
+{
+    return program.debugLines().count(QStringLiteral("[PXCertificate::parseTBSCertificate] end"));
+}
+
+} // namespace
+
+// The program as a whole, from outside.
+class tst_app_process : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void withoutArgument();
+    void standsInTheMiddle();
+    void saysWhatItDoesInOrder();
+    void furtherArgumentsAreIgnored();
+    void endsByKey_data();
+    void endsByKey();
+    void secondInstanceHandsOver_data();
+    void secondInstanceHandsOver();
+    void appearsWhenLoadingFails_data();
+    void appearsWhenLoadingFails();
+    void relativePaths_data();
+    void relativePaths();
+    void theInstallFolderComesFirst();
+    void lengthOfTheArgument_data();
+    void lengthOfTheArgument();
+    void certificateTextAsArgument();
+    void brokenCores_data();
+    void brokenCores();
+    void looksForPluginsBesideItself();
+    void languages_data();
+    void languages();
+    void aMissingKeyShowsItself();
+    void withoutLanguageFile();
+    void darkDesktop();
+    void scaledDesktop();
+    void displayChoice_data();
+    void displayChoice();
+};
+
+void tst_app_process::withoutArgument()
+{
+    const ViewerTree tree;
+    const QImage before = stillScreen();
+    Program program(tree, kViewer, {});
+    bool appeared = false;
+    while (program.isRunning())
+        appeared = appeared || screen() != before;
+    QCOMPARE(program.end(), 0);
+    QVERIFY(!appeared);
+    QVERIFY(!program.debugLines().contains(QLatin1String(kReady)));
+    // The window was built: the core was loaded and the language was chosen.
+    QVERIFY(program.outputLines().contains(QStringLiteral("Path = ") +
+                                           QDir(tree.path()).canonicalPath() + QLatin1Char(' ')));
+    QVERIFY(!program.debugLines().filter(QStringLiteral("PXClientConfig.dll")).isEmpty());
+}
+
+void tst_app_process::standsInTheMiddle()
+{
+    const ViewerTree tree;
+    Program program(tree, kViewer, {example("server.pem")});
+    const QString window = program.window();
+    QVERIFY(!window.isEmpty());
+    QCOMPARE(QGuiApplication::primaryScreen()->size(), QSize(1920, 1080));
+    QCOMPARE(Program::place(window), QRect(742, 191, 436, 697));
+}
+
+void tst_app_process::saysWhatItDoesInOrder()
+{
+    const ViewerTree tree;
+    Program program(tree, kViewer, {example("server.pem")});
+    QVERIFY(program.says(kReady));
+    const QStringList lines = program.debugLines();
+    QVERIFY(lines.indexOf(QLatin1String(kLoaded)) >= 0);
+    QVERIFY(lines.indexOf(QLatin1String(kLoaded)) < lines.indexOf(QLatin1String(kReady)));
+    QVERIFY(!lines.contains(QStringLiteral("this is already running")));
+    QCOMPARE(QFile::symLinkTarget(QStringLiteral("/proc/%1/cwd").arg(program.id())),
+             QDir(tree.path()).canonicalPath());
+}
+
+void tst_app_process::furtherArgumentsAreIgnored()
+{
+    const ViewerTree tree;
+    Program program(tree, kViewer, {example("server.pem"), example("ca.pem"), example("ca.pem")});
+    QVERIFY(program.says(kReady));
+    QCOMPARE(parsed(program), 1);
+    Program other(ViewerTree(), kViewer, {QStringLiteral("/nowhere"), example("ca.pem")});
+    QVERIFY(other.says(kReady));
+    QCOMPARE(parsed(other), 0);
+}
+
+void tst_app_process::endsByKey_data()
+{
+    QTest::addColumn<QByteArray>("key");
+    for (const char *name : {"Escape", "ctrl+w", "ctrl+q"})
+        QTest::newRow(name) << QByteArray(name);
+}
+
+void tst_app_process::endsByKey()
+{
+    QFETCH(QByteArray, key);
+    const ViewerTree tree;
+    Program program(tree, kViewer, {example("server.pem")});
+    const QString window = program.window();
+    QVERIFY(!window.isEmpty());
+    ::key(window, key.constData());
+    QCOMPARE(program.end(), 0);
+}
+
+void tst_app_process::secondInstanceHandsOver_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("another file") << QStringList{example("ca.pem")};
+    QTest::newRow("no file") << QStringList();
+}
+
+void tst_app_process::secondInstanceHandsOver()
+{
+    QFETCH(QStringList, arguments);
+    const ViewerTree tree;
+    Program first(tree, kViewer, {example("server.pem")});
+    QVERIFY(!first.window().isEmpty());
+    QVERIFY(first.says(kReady));
+    const QImage before = stillScreen();
+    const QStringList said = first.debugLines();
+
+    Program second(tree, kViewer, arguments);
+    QCOMPARE(second.end(), 0);
+    QVERIFY(second.debugLines().contains(QStringLiteral("this is already running")));
+    QVERIFY(!second.outputLines().join(QLatin1Char('\n')).contains(QLatin1String("Path")));
+
+    QCOMPARE(stillScreen(), before);
+    QCOMPARE(first.debugLines(), said);
+    QVERIFY(first.isRunning());
+}
+
+void tst_app_process::appearsWhenLoadingFails_data()
+{
+    QTest::addColumn<QString>("argument");
+    QTest::newRow("nothing there") << QStringLiteral("/nowhere/at.all");
+    QTest::newRow("empty name") << QString();
+    QTest::newRow("directory") << QStringLiteral("/");
+    QTest::newRow("device") << QStringLiteral("/dev/zero");
+    QTest::newRow("long nonsense") << QStringLiteral("nonsense").repeated(1000);
+}
+
+void tst_app_process::appearsWhenLoadingFails()
+{
+    QFETCH(QString, argument);
+    const ViewerTree tree;
+    Program program(tree, kViewer, {argument});
+    QVERIFY(!program.window().isEmpty());
+    QVERIFY(program.says(kReady));
+    QCOMPARE(parsed(program), 0);
+    QCOMPARE(program.debugLines().contains(QLatin1String(kLoaded)), argument.size() > 255);
+}
+
+void tst_app_process::relativePaths_data()
+{
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<int>("certificates");
+    QTest::newRow("name") << QString::fromUtf8("a 证书.pem") << 1;
+    QTest::newRow("dotted") << QString::fromUtf8("./a 证书.pem") << 1;
+    QTest::newRow("up and down") << QString::fromUtf8("../elsewhere/a 证书.pem") << 1;
+    QTest::newRow("nothing there") << QStringLiteral("b.pem") << 0;
+}
+
+void tst_app_process::relativePaths()
+{
+    QFETCH(QString, argument);
+    QFETCH(int, certificates);
+    const ViewerTree tree;
+    tree.startBeside("server.pem", QString::fromUtf8("a 证书.pem"));
+    Program program(tree, kViewer, {argument});
+    QVERIFY(program.says(kReady));
+    QCOMPARE(parsed(program), certificates);
+}
+
+void tst_app_process::theInstallFolderComesFirst()
+{
+    const ViewerTree tree;
+    QVERIFY(tree.add(example("server.pem"), "one.pem"));
+    QVERIFY(tree.write("../elsewhere/one.pem", "no certificate"));
+    Program program(tree, kViewer, {QStringLiteral("one.pem")});
+    QVERIFY(program.says(kReady));
+    QCOMPARE(parsed(program), 1);
+}
+
+void tst_app_process::lengthOfTheArgument_data()
+{
+    QTest::addColumn<int>("length");
+    QTest::addColumn<int>("certificates");
+    QTest::newRow("255") << 255 << 1;
+    QTest::newRow("256") << 256 << 0;
+}
+
+void tst_app_process::lengthOfTheArgument()
+{
+    QFETCH(int, length);
+    QFETCH(int, certificates);
+    const ViewerTree tree;
+    // As typed it counts, not as it is found: the place it stands for is longer in both cases.
+    const QString name =
+        QString(100, QLatin1Char('d')) + QLatin1Char('/') + QString(length - 101, QLatin1Char('f'));
+    QCOMPARE(name.size(), length);
+    QVERIFY(QDir(tree.elsewhere()).mkdir(name.section(QLatin1Char('/'), 0, 0)));
+    tree.startBeside("server.pem", name);
+    Program program(tree, kViewer, {name});
+    QVERIFY(program.says(kReady));
+    QCOMPARE(parsed(program), certificates);
+}
+
+void tst_app_process::certificateTextAsArgument()
+{
+    QFile file(example("server.pem"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const ViewerTree tree;
+    Program program(tree, kViewer, {QString::fromLatin1(file.readAll())});
+    QVERIFY(program.says(kReady));
+    QCOMPARE(parsed(program), 1);
+}
+
+void tst_app_process::brokenCores_data()
+{
+    QTest::addColumn<QByteArray>("kind");
+    for (const char *kind : {"", "without_init", "without_uninit", "without_get_signature_core",
+                             "failing_status", "null_object"})
+        QTest::newRow(*kind ? kind : "none") << QByteArray(kind);
+}
+
+// Without a core nothing names the language file: the window shows the keys, and its title as the
+// form has it.
+void tst_app_process::brokenCores()
+{
+    QFETCH(QByteArray, kind);
+    const ViewerTree tree;
+    if (kind.isEmpty())
+        QVERIFY(QFile::remove(tree.path("bin/PXSignatureCoreV10.so")));
+    else
+        tree.install("tests/cores/" + kind + "/PXSignatureCoreV10.so", "bin/PXSignatureCoreV10.so");
+    Program program(tree, kViewer, {example("server.pem")});
+    const QString window = program.window();
+    QVERIFY(!window.isEmpty());
+    QVERIFY(program.says(kReady));
+    QCOMPARE(Program::xdotool({QStringLiteral("getwindowname"), window}),
+             QString::fromUtf8("证书查看器"));
+    Program probe(tree, "window_probe", {});
+    QCOMPARE(probe.end(), 0);
+    QVERIFY(probe.outputLines().contains(QStringLiteral("caption=PXCERTREAD_0039")));
+}
+
+void tst_app_process::looksForPluginsBesideItself()
+{
+    ViewerTree tree;
+    QVERIFY(QDir(tree.path("bin")).mkdir(QStringLiteral("plugins")));
+    tree.environment.insert(QStringLiteral("QT_DEBUG_PLUGINS"), QStringLiteral("1"));
+    Program program(tree, kViewer, {example("server.pem")});
+    QVERIFY(program.says(kReady));
+    const QString folder = QDir(tree.path("bin/plugins")).canonicalPath();
+    QVERIFY(!program.debugLines().filter(folder).isEmpty());
+}
+
+void tst_app_process::languages_data()
+{
+    QTest::addColumn<QByteArray>("section");
+    QTest::addColumn<QString>("title");
+    QTest::newRow("CN") << QByteArray("CN") << QString::fromUtf8("证书查看器");
+    QTest::newRow("TW") << QByteArray("TW") << QString::fromUtf8("憑證檢視器");
+    QTest::newRow("EN") << QByteArray("EN") << QStringLiteral("Certificate Viewer");
+}
+
+void tst_app_process::languages()
+{
+    QFETCH(QByteArray, section);
+    QFETCH(QString, title);
+    ViewerTree tree;
+    tree.speak(section);
+    Program program(tree, kViewer, {example("server.pem")});
+    const QString window = program.window();
+    QCOMPARE(Program::xdotool({QStringLiteral("getwindowname"), window}), title);
+    Program probe(tree, "window_probe", {});
+    QCOMPARE(probe.end(), 0);
+    QVERIFY(probe.outputLines().contains(QStringLiteral("title=") + title));
+    QVERIFY(probe.outputLines().contains(QStringLiteral("caption=") + title));
+    QVERIFY(probe.outputLines().filter(QStringLiteral("PXCERTREAD")).isEmpty());
+}
+
+void tst_app_process::aMissingKeyShowsItself()
+{
+    const ViewerTree tree;
+    const char *name = "languages/PXViewCertTool_Lang.ini";
+    QFile file(tree.path(name));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(tree.write(name, file.readAll().replace("PXCERTREAD_0039=", "PXCERTREAD_0038=")));
+    Program probe(tree, "window_probe", {});
+    QCOMPARE(probe.end(), 0);
+    QVERIFY(probe.outputLines().contains(QStringLiteral("caption=PXCERTREAD_0039")));
+    QVERIFY(probe.outputLines().contains(QStringLiteral("tab=General")));
+    QVERIFY(probe.outputLines().contains(QString::fromUtf8("title=证书查看器")));
+}
+
+void tst_app_process::withoutLanguageFile()
+{
+    const ViewerTree tree;
+    QVERIFY(QFile::remove(tree.path("languages/PXViewCertTool_Lang.ini")));
+    Program probe(tree, "window_probe", {});
+    QCOMPARE(probe.end(), 0);
+    for (const char *line :
+         {"caption=PXCERTREAD_0039", "tab=PXCERTREAD_0066", "tab=PXCERTREAD_0067",
+          "entry=PXCERTREAD_0011", "entry=PXCERTREAD_0012", "entry=PXCERTREAD_0013"})
+        QVERIFY2(probe.outputLines().contains(QLatin1String(line)), line);
+}
+
+// A dark theme of the desktop changes no pixel.
+void tst_app_process::darkDesktop()
+{
+    const auto look = [](const ViewerTree &tree) {
+        Program program(tree, kViewer, {example("server.pem")});
+        const QString window = program.window();
+        key(window, "Right");
+        return window.isEmpty() ? QImage() : stillScreen().copy(Program::place(window));
+    };
+    const QImage light = look(ViewerTree());
+    QVERIFY(!light.isNull());
+
+    ViewerTree dark;
+    QByteArray colours = "[KDE]\nwidgetStyle=Windows\n";
+    for (const char *group : {"Window", "View", "Button", "Selection", "Tooltip"}) {
+        colours += "[Colors:" + QByteArray(group) +
+                   "]\nBackgroundNormal=20,20,20\nBackgroundAlternate=30,30,30\n"
+                   "ForegroundNormal=240,240,240\nForegroundInactive=200,200,200\n"
+                   "ForegroundLink=80,80,255\nForegroundVisited=200,80,255\n";
+    }
+    QVERIFY(dark.write("config/kdeglobals", colours));
+    dark.environment.insert(QStringLiteral("XDG_CONFIG_HOME"), dark.path("config"));
+    dark.environment.insert(QStringLiteral("XDG_CURRENT_DESKTOP"), QStringLiteral("KDE"));
+    dark.environment.insert(QStringLiteral("KDE_FULL_SESSION"), QStringLiteral("true"));
+    dark.environment.insert(QStringLiteral("KDE_SESSION_VERSION"), QStringLiteral("5"));
+    dark.environment.insert(QStringLiteral("QT_STYLE_OVERRIDE"), QStringLiteral("windows"));
+    QCOMPARE(look(dark), light);
+}
+
+void tst_app_process::scaledDesktop()
+{
+    ViewerTree tree;
+    tree.environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QStringLiteral("1.5"));
+    Program program(tree, kViewer, {example("server.pem")});
+    QCOMPARE(Program::place(program.window()).size(), QSize(654, 1046));
+}
+
+void tst_app_process::displayChoice_data()
+{
+    QTest::addColumn<QByteArray>("wayland");
+    QTest::addColumn<QByteArray>("x11");
+    QTest::addColumn<QByteArray>("chosen");
+    QTest::addColumn<QByteArray>("platform");
+    const QByteArray none;
+    QTest::newRow("X11 alone") << none << QByteArray(":0") << none << none;
+    QTest::newRow("both") << QByteArray("wayland-0") << QByteArray(":0") << none
+                          << QByteArray("xcb");
+    QTest::newRow("Wayland alone") << QByteArray("wayland-0") << none << none << none;
+    QTest::newRow("chosen") << QByteArray("wayland-0") << QByteArray(":0") << QByteArray("wayland")
+                            << QByteArray("wayland");
+    QTest::newRow("nothing") << none << none << none << none;
+}
+
+void tst_app_process::displayChoice()
+{
+    QFETCH(QByteArray, wayland);
+    QFETCH(QByteArray, x11);
+    QFETCH(QByteArray, chosen);
+    QFETCH(QByteArray, platform);
+    const std::pair<const char *, QByteArray> variables[] = {
+        {"WAYLAND_DISPLAY", wayland}, {"DISPLAY", x11}, {"QT_QPA_PLATFORM", chosen}};
+    QList<QByteArray> before;
+    for (const auto &[name, value] : variables) {
+        before.append(qgetenv(name));
+        value.isEmpty() ? qunsetenv(name) : qputenv(name, value);
+    }
+    program_look::chooseDisplay();
+    const QByteArray result = qgetenv("QT_QPA_PLATFORM");
+    for (const auto &[name, value] : variables)
+        qputenv(name, before.takeFirst());
+    QCOMPARE(result, platform);
+}
+
+QTEST_MAIN(tst_app_process)
+#include "tst_app_process.moc"

@@ -1,0 +1,34 @@
+// window_probe: builds the window and says on standard output what it shows without a certificate,
+// one "name=text" a line, in UTF-8.
+
+#include "app/mainwindow.h"
+
+#include <cstdio>
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QTabWidget>
+
+namespace {
+
+void say(const char *name, const QString &text)
+{
+    std::printf("%s=%s\n", name, text.toUtf8().constData());
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QApplication application(argc, argv);
+    const MainWindow window;
+    say("title", window.windowTitle());
+    say("caption", window.findChild<QLabel *>(QStringLiteral("titileCaption"))->text());
+    auto *tabs = window.findChild<QTabWidget *>();
+    say("tab", tabs->tabText(0));
+    say("tab", tabs->tabText(1));
+    auto *selector = window.findChild<QComboBox *>();
+    for (int i = 0; i < selector->count(); ++i)
+        say("entry", selector->itemText(i));
+    return 0;
+}
