@@ -1,0 +1,11 @@
+#!/bin/sh
+# postinst and postrm: a suite's files that preinst or prerm put aside come back.
+set -e
+tree=$DPKG_ROOT/usr/lib/orvane
+
+for file in bin/PXSignatureCoreV10.so settings/CN/settings/PXClientConfig.dll \
+    settings/TW/settings/PXClientConfig.dll settings/EN/settings/PXClientConfig.dll; do
+    if [ -f "$tree/$file.kept" ] || [ -h "$tree/$file.kept" ]; then
+        mv -f "$tree/$file.kept" "$tree/$file"
+    fi
+done
