@@ -191,8 +191,9 @@ void tst_pxcpp_base64::encodeMessages()
              QByteArray(kNullData));
     QCOMPARE(printedBy([] { QVERIFY(PXBase64Encode("M", 0) == nullptr); }), QByteArray());
     QCOMPARE(printedBy([] { Freed<char>(PXBase64Encode("M", 1)); }), QByteArray());
-    // A text longer than any object, and one longer than a length can tell.
-    for (const std::uint64_t length : {std::uint64_t(1) << 61, UINT64_MAX / 4 * 3, UINT64_MAX}) {
+    // Texts longer than any object, and one whose length comes out as 1.
+    for (const std::uint64_t length :
+         {std::uint64_t(1) << 61, UINT64_MAX / 4 * 3, std::uint64_t(3) << 62, UINT64_MAX}) {
         QCOMPARE(printedBy([&] { QVERIFY(PXBase64Encode("M", length) == nullptr); }),
                  QByteArray(kNoMemory));
     }
