@@ -109,7 +109,6 @@ void InstanceServer::serve(QLocalSocket *client)
         QString message;
         if (!takeMessage(*client, message))
             return;
-        client->disconnect(this); // one message is all it may send
         client->write(&kAcknowledge, 1);
         client->flush(); // now: whoever gets the message may keep the event loop waiting
         client->disconnectFromServer();
