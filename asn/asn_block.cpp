@@ -139,7 +139,7 @@ bool Parser::isCompleteRun(Input content) const
 stASN_BLOCK_HEADER *Parser::withChildren(stASN_BLOCK_HEADER *parent, unsigned char tag,
                                          Input content)
 {
-    stASN_BLOCK_HEADER *node = ASNCreateStruct(tag, parent);
+    stASN_BLOCK_HEADER *node = ASNCreateStruct(tag, nullptr);
     if (!node)
         return nullptr;
     ++m_openElements;

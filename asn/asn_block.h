@@ -20,8 +20,10 @@ struct stASN_BLOCK_HEADER
     unsigned int totalLength;       ///< octets of the whole element; 0 until `ASNUpdate` has run
     union
     {
-        unsigned char *content;     ///< of a leaf: owned, null when empty
-        stASN_BLOCK_HEADER *parent; ///< of a node with children: not owned, never read as content
+        unsigned char *content; ///< of a leaf: owned, null when empty
+        /// Of a node with children: the parent it was created for, not owned; null when it has none
+        /// and when it was parsed. Never read as content.
+        stASN_BLOCK_HEADER *parent;
     };
     unsigned int contentLength; ///< octets of a leaf's content
 };

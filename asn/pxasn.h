@@ -90,6 +90,8 @@ public:
     /// Appends the first element of `der`. Deliberate: the new child object stands for this node,
     /// not for the new element.
     int addBlock(const QByteArray &der);
+    /// Deletes the child at `index`, object and node. 0 when there is none. What other objects
+    /// stood for the same node, as those that `addBlock` makes do, may not be used any more.
     int remove(int index);
 
 protected:

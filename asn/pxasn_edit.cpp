@@ -91,8 +91,8 @@ int PXAsnBlock::storeData(const QByteArray &data, bool padInteger, const char *o
     sendProgress(operation, lines[0], " start");
     QByteArray content = checkTag(kObjectIdentifierTag) ? encodedIdentifier(data) : data;
     // Deliberate: a first octet of exactly 0x80 gets none put before it.
-    const bool isNegative = !data.isEmpty() && static_cast<unsigned char>(data.at(0)) > 0x80;
-    if (checkTag(kBitStringTag) || (padInteger && checkTag(kIntegerTag) && isNegative))
+    const bool hasHighFirstOctet = !data.isEmpty() && static_cast<unsigned char>(data.at(0)) > 0x80;
+    if (checkTag(kBitStringTag) || (padInteger && checkTag(kIntegerTag) && hasHighFirstOctet))
         content.prepend('\0');
     if (!ASNSetBlockData(node, octetsOf(content), sizeOf(content)))
         return 0;
