@@ -21,7 +21,7 @@ fail() {
 
 # expect FILE TEXT: the file holds this text, and nothing else.
 expect() {
-    [ "$(cat "$1")" = "$2" ] || fail "$1 holds '$(head -c 200 "$1")', not '$2'"
+    [ "$(tr -d '\0' <"$1")" = "$2" ] || fail "$1 holds '$(head -c 200 "$1" | tr -d '\0')', not '$2'"
 }
 
 # opens COMMAND...: the command, on an X server of its own, shows a certificate in the viewer's window.
