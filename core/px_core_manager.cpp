@@ -24,7 +24,6 @@ Agent *createAgent(QObject *target)
 {
     auto *agent = new Agent(target);
     agent->setObjectName(QStringLiteral("Agent"));
-    agent->setLogDirectory(QDir(QDir::tempPath() + QLatin1String("/orvane")));
     return agent;
 }
 
@@ -45,6 +44,8 @@ PXCoreManager::~PXCoreManager()
 {
     delete m_signatureManager;
     qtcall_destroy();
+    if (g_coremanager == this)
+        g_coremanager = nullptr;
 }
 
 QString PXCoreManager::GetPath() const

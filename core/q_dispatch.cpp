@@ -61,6 +61,7 @@ FILE *openRegularFileForAppend(const QByteArray &path)
 
 Q_Dispatch::Q_Dispatch(QObject *target, QObject *parent)
     : QObject(parent)
+    , m_logDirectory(QDir::tempPath() + QLatin1String("/orvane"))
     , m_target(target)
 {
 }

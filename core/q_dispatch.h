@@ -19,7 +19,8 @@ public:
     explicit Q_Dispatch(QObject *target = nullptr, QObject *parent = nullptr);
     ~Q_Dispatch() override;
 
-    /// The directory that holds the trace log. It is never created here.
+    /// The directory that holds the trace log: the suite's own, "orvane" below the temporary
+    /// directory, unless set. It is never created here.
     void setLogDirectory(const QDir &directory);
     void setTarget(QObject *target);
     QObject *target() const;

@@ -58,6 +58,7 @@ private slots:
     void init();
 
     void callsWithoutLogDirectory();
+    void logDirectoryUnlessSet();
     void resultAndArguments();
     void resultNotWanted();
     void worksThroughAnArgumentList();
@@ -115,6 +116,17 @@ void TestCoreDispatch::callsWithoutLogDirectory()
     agent.invokeHelper(QStringLiteral("configPath"), &result);
     QCOMPARE(result, QStringLiteral("/etc/orvane"));
     QVERIFY(QDir(m_directory->path()).isEmpty());
+}
+
+void TestCoreDispatch::logDirectoryUnlessSet()
+{
+    const QByteArray before = qgetenv("TMPDIR");
+    qputenv("TMPDIR", QFile::encodeName(m_directory->path()));
+    QVERIFY(QDir(m_directory->path()).mkdir(QStringLiteral("orvane")));
+    Q_Dispatch agent;
+    qputenv("TMPDIR", before);
+    agent.invokeHelper(QStringLiteral("any"), nullptr);
+    QVERIFY(QFile::exists(m_directory->filePath(QStringLiteral("orvane/tessera_core.log"))));
 }
 
 void TestCoreDispatch::resultAndArguments()

@@ -37,6 +37,23 @@ QByteArray header(quint32 size)
     return octets;
 }
 
+// Has the server listen half a second from now.
+class LateListener
+{
+public:
+    LateListener(InstanceServer &server, const QString &path)
+    {
+        constexpr int kDelayMs = 500;
+        m_timer.setSingleShot(true);
+        QObject::connect(&m_timer, &QTimer::timeout, &server,
+                         [&server, path] { server.listen(path); });
+        m_timer.start(kDelayMs);
+    }
+
+private:
+    QTimer m_timer;
+};
+
 // A socket that listens and never accepts, with room for `backlog` clients and one more.
 FileDescriptor deafListener(const QString &path, int backlog)
 {
@@ -170,14 +187,14 @@ void TestInstanceChannel::senderWaitsForAServerThatIsLate()
 {
     // The lock is held some time before its holder listens.
     InstanceServer server;
-    QTimer::singleShot(500, &server, [&] { server.listen(m_path); });
+    const LateListener late(server, m_path);
     QVERIFY(sendWhileServing(m_path, QStringLiteral("early")));
 }
 
 void TestInstanceChannel::senderWaitsForEver()
 {
     InstanceServer server;
-    QTimer::singleShot(500, &server, [&] { server.listen(m_path); });
+    const LateListener late(server, m_path);
     QVERIFY(sendWhileServing(m_path, QStringLiteral("early"), -1));
 }
 
