@@ -1,5 +1,5 @@
-#include "tests/support/ordinary_user.h"
 #include "core/qt_compat.h"
+#include "tests/support/ordinary_user.h"
 #include "util/ini_table.h"
 
 #include <fcntl.h>
@@ -30,10 +30,7 @@ public:
     {
         readAsUtf8(m_settings);
     }
-    QStringList keys() const
-    {
-        return m_settings.allKeys();
-    }
+    QStringList keys() const { return m_settings.allKeys(); }
     QString value(const QString &section, const QString &key) const
     {
         return m_settings.value(QStringLiteral("/%1/%2").arg(section, key)).toString();
