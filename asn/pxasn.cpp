@@ -44,22 +44,23 @@ constexpr int kConverterOverrun = 6;
 
 QString textOfBmp(const QByteArray &content)
 {
-    const int size = content.size() * 2 + 1;
+    const int units = static_cast<int>(content.size()) / 2;
+    const int size = units * 4 + 1;
     QByteArray utf8(size + kConverterOverrun, '\0');
-    const int written = code_unicode_to_utf8_reversebyte_BYTE(
-        content.constData(), content.size() / 2, utf8.data(), size);
+    const int written =
+        code_unicode_to_utf8_reversebyte_BYTE(content.constData(), units, utf8.data(), size);
     return QString::fromUtf8(utf8.constData(), written);
 }
 
 QByteArray octetsOfBmp(const QByteArray &content)
 {
-    const int units = content.size() / 2;
+    const int units = static_cast<int>(content.size()) / 2;
     if (units == 0)
         return {};
     std::vector<unsigned int> widened(static_cast<std::size_t>(units) + 1, 0);
     for (std::size_t i = 0; i + 1 < widened.size(); ++i)
         std::memcpy(&widened[i], content.constData() + 2 * i, 2);
-    const int size = content.size() * 2 + 1;
+    const int size = units * 4 + 1;
     QByteArray utf8(size + kConverterOverrun, '\0');
     utf8.truncate(code_unicode_to_utf8_reversebyte(widened.data(), units, utf8.data(), size));
     return utf8;
@@ -111,7 +112,7 @@ bool PXAsnBlock::checkTag(int tag) const
 
 int PXAsnBlock::getChildCount() const
 {
-    return listChild.count();
+    return static_cast<int>(listChild.count());
 }
 
 PXAsnBlock *PXAsnBlock::getChild(int index, int checkType) const
@@ -179,7 +180,7 @@ PXAsnBlock::operator int() const
     if (content.size() != 2 && content.size() != 4)
         return 0;
     unsigned int value = 0;
-    for (int i = content.size() - 1; i >= 0; --i)
+    for (auto i = content.size() - 1; i >= 0; --i)
         value = value << 8 | static_cast<unsigned char>(content.at(i));
     return static_cast<int>(value);
 }

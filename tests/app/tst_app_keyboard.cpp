@@ -290,7 +290,7 @@ void tst_app_keyboard::tabGoesInReadingOrder()
         QTest::keyClick(keyed.focused(), Qt::Key_Tab);
         QCOMPARE(keyed.focused(), control(controls.at(i % controls.size())));
     }
-    for (int i = controls.size() - 1; i >= 0; --i) {
+    for (auto i = controls.size() - 1; i >= 0; --i) {
         QTest::keyClick(keyed.focused(), Qt::Key_Backtab);
         QCOMPARE(keyed.focused(), control(controls.at(i)));
     }

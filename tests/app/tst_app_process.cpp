@@ -46,7 +46,8 @@ void key(const QString &window, const char *name)
 // How many certificates the model has gone through.
 int parsed(Program &program)
 {
-    return program.debugLines().count(QStringLiteral("[PXCertificate::parseTBSCertificate] end"));
+    return int(
+        program.debugLines().count(QStringLiteral("[PXCertificate::parseTBSCertificate] end")));
 }
 
 } // namespace

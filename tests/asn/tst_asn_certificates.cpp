@@ -16,8 +16,8 @@ QByteArray certificateIn(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         return {};
     const QByteArray text = file.readAll();
-    const int start = text.indexOf("-----BEGIN CERTIFICATE-----");
-    const int end = text.indexOf("-----END CERTIFICATE-----");
+    const auto start = text.indexOf("-----BEGIN CERTIFICATE-----");
+    const auto end = text.indexOf("-----END CERTIFICATE-----");
     return start < 0 ? text : QByteArray::fromBase64(text.mid(start + 27, end - start - 27));
 }
 

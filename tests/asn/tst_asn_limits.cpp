@@ -29,7 +29,7 @@ QByteArray header(int tag, int size)
 
 QByteArray extended(const QByteArray &content)
 {
-    return header(0xA3, content.size()) + content;
+    return header(0xA3, int(content.size())) + content;
 }
 
 // Levels around a core; each header comes before and `behind` after what it holds.
@@ -37,7 +37,7 @@ QByteArray nested(int tag, int levels, const QByteArray &core, const QByteArray 
 {
     QByteArray before;
     for (int level = levels - 1; level >= 0; --level)
-        before += header(tag, core.size() + behind.size() * (level + 1) + 6 * level);
+        before += header(tag, int(core.size() + behind.size() * (level + 1)) + 6 * level);
     return before + core + behind.repeated(levels);
 }
 
@@ -185,7 +185,7 @@ private slots:
         QVERIFY2(two.octets < 2.5 * one.octets + 65536,
                  qPrintable(QStringLiteral("%1, %2 octets").arg(one.octets).arg(two.octets)));
         constexpr double kOctetsAnElement = 500;
-        QVERIFY(one.octets < kOctetsAnElement / 2 * small.size() + 65536);
+        QVERIFY(one.octets < kOctetsAnElement / 2 * double(small.size()) + 65536);
     }
 
     void manyElements()

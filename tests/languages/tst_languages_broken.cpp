@@ -87,8 +87,8 @@ void tst_languages_broken::showsWhatThereIs_data()
     QTest::addColumn<QByteArray>("name");
     const QByteArray shipped = shippedFile();
     const QByteArray key = kVersionKey;
-    const int section = shipped.indexOf("[EN]");
-    const int entry = shipped.indexOf(key, section);
+    const auto section = shipped.indexOf("[EN]");
+    const auto entry = shipped.indexOf(key, section);
     QVERIFY(section > 0 && entry > section);
 
     QTest::newRow("empty") << QByteArray() << key;

@@ -175,7 +175,7 @@ void tst_languages_file::namesIdentifiers_data()
 {
     QTest::addColumn<QString>("oid");
     QTest::addColumn<QString>("key");
-    int count = tables::read("attributes.tsv").size();
+    int count = int(tables::read("attributes.tsv").size());
     const QVector<tables::Row> named = tables::read("oids.tsv");
     for (const tables::Row &row : named) {
         const QString oid = cell(row, "oid");

@@ -438,7 +438,7 @@ void tst_pxcpp_base64::decodeExAsDescribed()
                                 ? char(random.bounded(1, 256))
                                 : (table + "=")[random.bounded(table.size() + 1)];
             }
-            const int length = random.bounded(text.size() + 1);
+            const int length = random.bounded(int(text.size()) + 1);
             QCOMPARE(decodedEx(text, length, table).toHex(),
                      leniently(text, length, table).toHex());
         }

@@ -217,7 +217,7 @@ void tst_pxcpp_utf8::encodeLikeQt()
     for (uint unicode = 1; unicode <= 0x10FFFF; ++unicode) {
         if (unicode < 0xD800 || unicode > 0xDFFF) {
             // Behind another character, or Qt takes U+FEFF for a byte order mark.
-            const uint text[] = {'A', unicode};
+            const char32_t text[] = {U'A', unicode};
             QCOMPARE('A' + encoded(unicode), QString::fromUcs4(text, 2).toUtf8());
         }
     }
@@ -294,11 +294,11 @@ void tst_pxcpp_utf8::decodeRefuses_data()
                                   "\xF8\x88\x80\x80\x80", "\xFC\x84\x80\x80\x80\x80"};
     for (const QByteArray &sequence : whole) {
         for (int i = 1; i < sequence.size(); ++i) {
-            QTest::addRow("%d cut to %d", sequence.size(), i) << sequence.left(i);
+            QTest::addRow("%d cut to %d", int(sequence.size()), i) << sequence.left(i);
             for (const char wrong : {'\x7F', '\xC0', '\xFF', 'A'}) {
                 QByteArray text = sequence;
                 text[i] = wrong;
-                QTest::addRow("%d with octet %d %02X", sequence.size(), i,
+                QTest::addRow("%d with octet %d %02X", int(sequence.size()), i,
                               static_cast<unsigned char>(wrong))
                     << text;
             }

@@ -569,7 +569,7 @@ void TestUtilFiles::base64certOfACertificate()
     text += "\n-----END CERTIFICATE-----\r\n\r\n\n";
     QByteArray output(text.size(), '\0');
     int count = 0;
-    QVERIFY(m_util.base64cert_to_dercert(text.constData(), text.size(), output.data(), count));
+    QVERIFY(m_util.base64cert_to_dercert(text.constData(), int(text.size()), output.data(), count));
     QCOMPARE(output.left(count), content);
 }
 

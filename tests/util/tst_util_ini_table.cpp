@@ -106,7 +106,7 @@ void TestUtilIniTable::compare(const QString &file, const Reference &reference)
     QSet<QPair<QString, QString>> pairs;
     const QStringList keys = reference.keys();
     for (const QString &key : keys) {
-        for (int i = key.indexOf(QLatin1Char('/')); i >= 0;
+        for (auto i = key.indexOf(QLatin1Char('/')); i >= 0;
              i = key.indexOf(QLatin1Char('/'), i + 1))
             pairs.insert({key.left(i), key.mid(i + 1)});
         pairs.insert({QString(), key});
