@@ -41,6 +41,9 @@ QFrame *newLine(QWidget *window, const QRect &place)
     auto *line = new QFrame(window);
     line->setObjectName(QStringLiteral("lineEnd2")); // Deliberate: both lines are named so
     line->setGeometry(place);
+    QPalette palette; // Qt 6 takes no colour from the style sheet, whose alpha is missing
+    palette.setColor(QPalette::WindowText, QColor(236, 236, 236));
+    line->setPalette(palette);
     line->setStyleSheet(lineStyle());
     line->setFrameShadow(QFrame::Plain);
     line->setMidLineWidth(1);
