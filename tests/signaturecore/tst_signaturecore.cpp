@@ -240,7 +240,7 @@ void TestSignatureCore::logIsOffUnlessSwitchedOn_data()
     QTest::addColumn<bool>("debug");
     QTest::addColumn<bool>("error");
     QTest::newRow("no rules") << QString() << false << false;
-    QTest::newRow("another category") << QStringLiteral("qt.*=true") << false << false;
+    QTest::newRow("another category") << QStringLiteral("orvane.other=true") << false << false;
     QTest::newRow("on") << QStringLiteral("orvane.core=true") << true << true;
     QTest::newRow("debug") << QStringLiteral("orvane.core.debug=true") << true << false;
     QTest::newRow("errors") << QStringLiteral("orvane.core.critical=true") << false << true;
