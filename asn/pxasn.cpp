@@ -20,6 +20,14 @@ enum Tag {
     BmpStringTag = 0x1E
 };
 
+// Beyond that, sizes of texts made from a content would no longer fit into an int.
+constexpr unsigned int kMostOctets = 512U * 1024 * 1024;
+
+int sizeOf(const QByteArray &content)
+{
+    return static_cast<int>(content.size());
+}
+
 QString latin1(const QByteArray &octets)
 {
     return QString::fromLatin1(octets.constData(), octets.size());
@@ -44,23 +52,22 @@ constexpr int kConverterOverrun = 6;
 
 QString textOfBmp(const QByteArray &content)
 {
-    const int units = static_cast<int>(content.size()) / 2;
-    const int size = units * 4 + 1;
+    const int size = sizeOf(content) * 2 + 1;
     QByteArray utf8(size + kConverterOverrun, '\0');
-    const int written =
-        code_unicode_to_utf8_reversebyte_BYTE(content.constData(), units, utf8.data(), size);
+    const int written = code_unicode_to_utf8_reversebyte_BYTE(
+        content.constData(), sizeOf(content) / 2, utf8.data(), size);
     return QString::fromUtf8(utf8.constData(), written);
 }
 
 QByteArray octetsOfBmp(const QByteArray &content)
 {
-    const int units = static_cast<int>(content.size()) / 2;
+    const int units = sizeOf(content) / 2;
     if (units == 0)
         return {};
     std::vector<unsigned int> widened(static_cast<std::size_t>(units) + 1, 0);
     for (std::size_t i = 0; i + 1 < widened.size(); ++i)
         std::memcpy(&widened[i], content.constData() + 2 * i, 2);
-    const int size = units * 4 + 1;
+    const int size = sizeOf(content) * 2 + 1;
     QByteArray utf8(size + kConverterOverrun, '\0');
     utf8.truncate(code_unicode_to_utf8_reversebyte(widened.data(), units, utf8.data(), size));
     return utf8;
@@ -135,7 +142,8 @@ PXAsnBlock *PXAsnBlock::getChild(int index, int checkType) const
 
 QByteArray PXAsnBlock::contentOctets() const
 {
-    if (!node || (node->tag & ASN_TAG_CONSTRUCTED) != 0 || node->rawFlag != 1 || !node->content)
+    if (!node || (node->tag & ASN_TAG_CONSTRUCTED) != 0 || node->rawFlag != 1 || !node->content ||
+        node->contentLength > kMostOctets)
         return {};
     return {reinterpret_cast<const char *>(node->content), static_cast<int>(node->contentLength)};
 }
@@ -180,7 +188,7 @@ PXAsnBlock::operator int() const
     if (content.size() != 2 && content.size() != 4)
         return 0;
     unsigned int value = 0;
-    for (auto i = content.size() - 1; i >= 0; --i)
+    for (int i = sizeOf(content) - 1; i >= 0; --i)
         value = value << 8 | static_cast<unsigned char>(content.at(i));
     return static_cast<int>(value);
 }

@@ -35,7 +35,7 @@ public:
     PXAsnBlock *getChild(int index, int checkType) const;
 
     /// The content octets as they are encoded, the unused-bits octet of a BIT STRING included;
-    /// empty without node and for a node that holds children.
+    /// empty without node, for a node that holds children, and above 512 MiB.
     QByteArray contentOctets() const;
 
     // Values. Empty, or 0, without node and for a constructed one.
