@@ -212,6 +212,10 @@ private slots:
         row(kGeneralizedTime, "20490101000000Z", 0, 2);
         // Beyond that the wrapped product is positive again, and wrong.
         row(kGeneralizedTime, "21070101000000Z", utc(2107, 1, 1, 0, 0, 0) - 4294967296);
+        row(kGeneralizedTime, "24010101000000Z", utc(2401, 1, 1, 0, 0, 0) - 3 * 4294967296);
+        row(kGeneralizedTime, "18330101000000Z", utc(1833, 1, 1, 0, 0, 0) + 4294967296);
+        row(kGeneralizedTime, "18000301000000Z", utc(1800, 3, 1, 0, 0, 0) + 4294967296);
+        row(kGeneralizedTime, "15500101000000Z", utc(1550, 1, 1, 0, 0, 0) + 3 * 4294967296);
         row(kGeneralizedTime, "x0200101120000Z", 0, 1);
         row(kGeneralizedTime, "202x0101120000Z", 0, 1);
         row(kGeneralizedTime, "20200101120000.5x", 0, 1);
