@@ -19,7 +19,7 @@ namespace {
 using Input = std::function<QByteArray(int)>;
 using Work = std::function<void(PXAsn &)>;
 
-QByteArray header(int tag, qsizetype size)
+QByteArray header(int tag, int size)
 {
     const auto octet = [size](int shift) { return static_cast<char>(size >> shift & 0xFF); };
     const char octets[] = {
