@@ -74,10 +74,12 @@ private slots:
         QFile file(QStringLiteral(PX_TEST_DATA "/extensions/cases.txt"));
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QString all = QString::fromUtf8(file.readAll());
-        for (const QString &part : all.split(QStringLiteral("\n== ")).mid(1)) {
+        const QStringList cases = all.split(QStringLiteral("\n== ")).mid(1);
+        for (const QString &part : cases) {
             QStringList texts = {QString()};
             bool begun = false;
-            for (const QString &line : part.split(QLatin1Char('\n')).mid(1)) {
+            const QStringList lines = part.split(QLatin1Char('\n')).mid(1);
+            for (const QString &line : lines) {
                 if (line == QLatin1String("--")) {
                     texts << QString();
                     begun = false;

@@ -315,7 +315,7 @@ private slots:
             tlv(0x06, "\x80"), sequence({})};
         for (int size = 0; size <= good.size(); ++size)
             contents << good.left(size);
-        for (const QByteArray &content : contents) {
+        for (const QByteArray &content : qAsConst(contents)) {
             Certificate certificate;
             certificate.extensions =
                 extension(oid.constData(), content) + criticalExtension(oid.constData(), content);

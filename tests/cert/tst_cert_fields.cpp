@@ -52,7 +52,7 @@ private slots:
             expected << shown(key);
         QCOMPARE(names, expected);
         QCOMPARE(QSet<QString>(names.begin(), names.end()).size(), names.size());
-        for (const QString &name : names)
+        for (const QString &name : qAsConst(names))
             QVERIFY2(!name.startsWith(QLatin1String("PXCERT")), qPrintable(name));
     }
 
