@@ -63,7 +63,7 @@ MainWindow::MainWindow(QWidget *parent)
     c_language *language = c_language::GetLangPtr();
     language->LANG_SetFileName(QString());
     program_look::substituteFonts(language->section());
-    QCoreApplication::installTranslator(new TitleTranslation(this));
+    new TitleTranslation(this);
 
     ui->setupUi(this);
     setUpFrame();

@@ -3,6 +3,13 @@
 #include "util/c_language.h"
 
 #include <cstring>
+#include <QCoreApplication>
+
+TitleTranslation::TitleTranslation(QObject *parent)
+    : QTranslator(parent)
+{
+    QCoreApplication::installTranslator(this);
+}
 
 QString TitleTranslation::translate(const char *context, const char *sourceText,
                                     const char * /*disambiguation*/, int /*n*/) const

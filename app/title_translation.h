@@ -9,7 +9,8 @@ class TitleTranslation : public QTranslator
     Q_OBJECT
 
 public:
-    using QTranslator::QTranslator;
+    /// Takes effect at once, as long as it lives.
+    explicit TitleTranslation(QObject *parent);
 
     bool isEmpty() const override { return false; }
     QString translate(const char *context, const char *sourceText, const char *disambiguation,

@@ -19,6 +19,7 @@ struct Keyed
     Keyed()
     {
         std::vector<detail_node> rows;
+        rows.reserve(30);
         for (int i = 0; i < 30; ++i) {
             rows.push_back({QStringLiteral("field %1").arg(i), QStringLiteral("value"),
                             QStringLiteral("full %1").arg(i), i % 2});

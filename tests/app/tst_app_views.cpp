@@ -164,7 +164,8 @@ void tst_app_views::boxesShowTheBeginning()
     details.click(0, 0);
     details.tabs->setCurrentIndex(0);
     QCoreApplication::processEvents();
-    for (QPlainTextEdit *box : details.window.findChildren<QPlainTextEdit *>()) {
+    const auto boxes = details.window.findChildren<QPlainTextEdit *>();
+    for (const QPlainTextEdit *box : boxes) {
         QVERIFY2(box->verticalScrollBar()->maximum() > 0, qPrintable(box->objectName()));
         QCOMPARE(box->verticalScrollBar()->value(), 0);
     }
@@ -395,7 +396,8 @@ void tst_app_views::aMissingFileIsNot()
             !MessageRecorder::messages().contains(QStringLiteral("mainwindow::loadcertfile end")));
     }
     QCOMPARE(details.rows(), QStringList());
-    for (const QPlainTextEdit *box : details.window.findChildren<QPlainTextEdit *>())
+    const auto boxes = details.window.findChildren<QPlainTextEdit *>();
+    for (const QPlainTextEdit *box : boxes)
         QCOMPARE(box->toPlainText(), QString());
 }
 
@@ -426,7 +428,7 @@ void tst_app_views::theWorkingDirectoryComesFirst()
     QVERIFY(QDir::setCurrent(m_folder.path()));
     QVERIFY(details.window.loadcertfile("both.pem"));
     QCOMPARE(details.rows().size(), 2);
-    QVERIFY(details.rows().last().endsWith(QLatin1String("e9e9e9e9"), Qt::CaseInsensitive));
+    QVERIFY(details.rows().constLast().endsWith(QLatin1String("e9e9e9e9"), Qt::CaseInsensitive));
     QFile::remove(atStart);
 }
 
@@ -476,8 +478,8 @@ void tst_app_views::aLongArgumentIsPassedAsLatin1()
     Details details;
     QVERIFY(details.window.loadcertfile(bytes.constData()));
     QCOMPARE(details.rows().size(), 2);
-    QVERIFY(
-        details.rows().last().endsWith(QStringLiteral("e9").repeated(300), Qt::CaseInsensitive));
+    QVERIFY(details.rows().constLast().endsWith(QStringLiteral("e9").repeated(300),
+                                                Qt::CaseInsensitive));
 }
 
 void tst_app_views::aLongArgumentMayBePem()
@@ -491,8 +493,8 @@ void tst_app_views::aLongArgumentMayBePem()
 
 void tst_app_views::anUnusedRecordFreesItsBuffer()
 {
-    std::unique_ptr<stu_cert> record(new stu_cert);
-    record->buffer.reset(new char('x')); // what is not freed, the sanitizer reports
+    const auto record = std::make_unique<stu_cert>();
+    record->buffer = std::make_unique<char>('x'); // what is not freed, the sanitizer reports
     QCOMPARE(*record->buffer, 'x');
 }
 

@@ -121,13 +121,14 @@ void tst_app_window::formHoldsTwelveWidgetsInOrder()
     QMainWindow window;
     Ui_MainWindow form;
     form.setupUi(&window);
+    constexpr std::size_t kPointerSize = sizeof(void *);
     std::size_t offset = 0;
     for (const auto &[name, at] : members) {
         QCOMPARE(at, offset);
         QWidget *widget = nullptr;
-        std::memcpy(&widget, reinterpret_cast<const char *>(&form) + at, sizeof widget);
+        std::memcpy(&widget, reinterpret_cast<const char *>(&form) + at, kPointerSize);
         QCOMPARE(widget->objectName(), QString::fromLatin1(name));
-        offset += sizeof(QWidget *);
+        offset += kPointerSize;
     }
     QCOMPARE(sizeof form, offset);
 }
@@ -191,7 +192,8 @@ void tst_app_window::formKeepsItsTitle()
     QCOMPARE(form.tabWidget->currentIndex(), 0);
     QCOMPARE(form.plainTextEdit_normal->frameShape(), QFrame::VLine);
     QCOMPARE(form.plainTextEdit_normal_2->frameShape(), QFrame::VLine);
-    for (QPlainTextEdit *box : window.findChildren<QPlainTextEdit *>())
+    const auto boxes = window.findChildren<QPlainTextEdit *>();
+    for (const QPlainTextEdit *box : boxes)
         QVERIFY2(box->isReadOnly(), qPrintable(box->objectName()));
     QCOMPARE(form.tableWidget_detailinfo->selectionMode(), QAbstractItemView::SingleSelection);
 }
@@ -260,12 +262,10 @@ void tst_app_window::placesOfNamedWidgets()
 void tst_app_window::titleStrip()
 {
     MainWindow window;
-    QLabel *strip = nullptr;
-    for (QLabel *label : window.findChildren<QLabel *>(QString(), Qt::FindDirectChildrenOnly)) {
-        if (label->objectName().isEmpty())
-            strip = label;
-    }
-    QVERIFY(strip);
+    const auto labels = window.findChildren<QLabel *>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(labels.size(), 2);
+    QLabel *strip = labels.first();
+    QCOMPARE(strip->objectName(), QString());
     QCOMPARE(strip->geometry(), QRect(11, 7, 414, 41));
     QVERIFY(strip->hasScaledContents());
     QCOMPARE(strip->pixmap(Qt::ReturnByValue).toImage(),
