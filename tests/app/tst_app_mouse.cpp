@@ -21,11 +21,12 @@ void xdotool(const QStringList &commands)
 {
     QProcess process;
     process.start(QStringLiteral("xdotool"), commands);
-    while (!process.waitForFinished(10)) {
-        if (process.error() == QProcess::FailedToStart)
-            qFatal("xdotool is missing");
+    while (process.state() != QProcess::NotRunning) {
+        process.waitForFinished(10);
         QCoreApplication::processEvents();
     }
+    if (process.error() == QProcess::FailedToStart)
+        qFatal("xdotool is missing");
     if (process.exitCode() != 0)
         qFatal("xdotool: %s", process.readAllStandardError().constData());
     QTest::qWait(50);
