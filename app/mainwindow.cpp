@@ -147,7 +147,7 @@ void MainWindow::setUpTable()
     header->setDisabled(true);
     table->verticalHeader()->setDisabled(true);
     table->setSelectionMode(QAbstractItemView::SingleSelection);
-    table->setItemDelegate(new BeginningDelegate(table));
+    table->setItemDelegate(new RowDelegate(table));
 }
 
 void MainWindow::setUpLines()

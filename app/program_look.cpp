@@ -77,10 +77,11 @@ void substituteFonts(const QString &section)
 {
     const bool traditional = section == QLatin1String("TW");
     const QString region = traditional ? QStringLiteral("TC") : QStringLiteral("SC");
-    QFont::insertSubstitutions(skinFont(), {QStringLiteral("Noto Sans CJK ") + region,
-                                            QStringLiteral("Source Han Sans ") + region,
-                                            QStringLiteral("WenQuanYi Micro Hei"),
-                                            QStringLiteral("WenQuanYi Zen Hei")});
+    QFont::insertSubstitutions(
+        skinFont(),
+        {QStringLiteral("Noto Sans CJK ") + region, QStringLiteral("Source Han Sans ") + region,
+         QStringLiteral("WenQuanYi Micro Hei"), QStringLiteral("WenQuanYi Zen Hei"),
+         QStringLiteral("Droid Sans Fallback"), QStringLiteral("Sans Serif")});
 }
 
 } // namespace program_look

@@ -64,8 +64,14 @@ void TableKeys::copyRow() const
         QGuiApplication::clipboard()->setText(rows.first().data(kFullValueRole).toString());
 }
 
-QString BeginningDelegate::displayText(const QVariant &value, const QLocale &locale) const
+QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const
 {
     constexpr int kMostShown = 1000;
     return QStyledItemDelegate::displayText(value.toString().left(kMostShown), locale);
+}
+
+void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    option->state &= ~QStyle::State_HasFocus;
 }

@@ -35,8 +35,8 @@ private:
 };
 
 /// Paints the beginning of a text, more than a column can show: laying out a text of megabytes
-/// takes seconds, and the style would do it for every paint.
-class BeginningDelegate : public QStyledItemDelegate
+/// takes seconds, and the style would do it for every paint. No cell is set off from its row.
+class RowDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
 
@@ -44,4 +44,7 @@ public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
     QString displayText(const QVariant &value, const QLocale &locale) const override;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
 };

@@ -97,6 +97,7 @@ private slots:
     void unknownEntryShowsItsKind();
     void clickShowsTheFullText_data();
     void clickShowsTheFullText();
+    void aSelectedRowIsOfOneColour();
     void clickOnTheEmptyAreaShowsNothing();
     void namesAreComparedExactly();
     void emptyFullTexts();
@@ -285,6 +286,19 @@ void tst_app_views::clickShowsTheFullText()
     details.click(row, column);
     QCOMPARE(details.detail(), text);
     QCOMPARE(details.box->blockCount(), text.count(QLatin1Char('\n')) + 1);
+}
+
+void tst_app_views::aSelectedRowIsOfOneColour()
+{
+    Details details;
+    details.window.result_detail(fiveRows());
+    details.click(1, 0);
+    const QImage image = details.table->viewport()->grab().toImage();
+    const QRect name = details.table->visualRect(details.table->model()->index(1, 0));
+    const QRect value = details.table->visualRect(details.table->model()->index(1, 1));
+    for (const QPoint &point : {name.topLeft(), name.topRight(), name.bottomRight(),
+                                value.topLeft(), value.bottomRight()})
+        QCOMPARE(image.pixelColor(point), QColor("lightblue"));
 }
 
 void tst_app_views::clickOnTheEmptyAreaShowsNothing()

@@ -1,3 +1,4 @@
+#include "app/program_look.h"
 #include "app/window_style.h"
 #include "tests/app/widgets.h"
 #include "ui_mainwindow.h"
@@ -90,6 +91,8 @@ private slots:
     void texts();
     void resources_data();
     void resources();
+    void fontsThatStandIn_data();
+    void fontsThatStandIn();
     void scaling();
     void patchTable();
     void patchesOfMarkedImage();
@@ -509,6 +512,30 @@ void tst_app_window::resources()
     QVERIFY(!pixmap.isNull());
     if (!size.isEmpty())
         QCOMPARE(pixmap.size(), size);
+}
+
+void tst_app_window::fontsThatStandIn_data()
+{
+    QTest::addColumn<QString>("section");
+    QTest::addColumn<QString>("first");
+    QTest::newRow("CN") << QStringLiteral("CN") << QStringLiteral("Noto Sans CJK SC");
+    QTest::newRow("TW") << QStringLiteral("TW") << QStringLiteral("Noto Sans CJK TC");
+    QTest::newRow("EN") << QStringLiteral("EN") << QStringLiteral("Noto Sans CJK SC");
+}
+
+void tst_app_window::fontsThatStandIn()
+{
+    QFETCH(QString, section);
+    QFETCH(QString, first);
+    const QString skin = QStringLiteral("Microsoft YaHei");
+    QFont::removeSubstitutions(skin);
+    program_look::substituteFonts(section);
+    QStringList fonts = QFont::substitutes(skin);
+    for (QString &font : fonts)
+        font = font.toLower(); // the toolkit may have done so
+    QCOMPARE(fonts.first(), first.toLower());
+    QVERIFY(fonts.contains(QLatin1String("wenquanyi micro hei")));
+    QCOMPARE(fonts.last(), QStringLiteral("sans serif"));
 }
 
 void tst_app_window::scaling()
