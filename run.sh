@@ -29,5 +29,11 @@ viewer=$top/build/release/bin/PXViewCertTool
 if [ $display = yes ]; then
     exec "$viewer" "$certificate"
 fi
-"$top/tools/with-xvfb" "$top/tools/window-picture" "$caller/viewer.png" "$viewer" "$certificate"
+locale=()
+case ${LC_ALL:-${LC_TIME:-${LANG:-C}}} in
+C | C.* | POSIX) # a desktop has a language; dates in none would be cut short in the picture
+    locale=(env -u LC_ALL LC_CTYPE=C.UTF-8 LC_TIME=en_US.UTF-8)
+    ;;
+esac
+"$top/tools/with-xvfb" "$top/tools/window-picture" "$caller/viewer.png" "${locale[@]}" "$viewer" "$certificate"
 echo "run.sh: there is no display; a picture of the window is in $caller/viewer.png"
