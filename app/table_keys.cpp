@@ -66,7 +66,6 @@ void TableKeys::copyRow() const
 
 QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const
 {
-    constexpr int kMostShown = 1000;
     return QStyledItemDelegate::displayText(value.toString().left(kMostShown), locale);
 }
 

@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFontInfo>
+#include <QHeaderView>
 #include <QPushButton>
 #include <QStyleOptionComboBox>
 #include <QTemporaryDir>
@@ -31,6 +32,19 @@ template <typename Widget>
 Widget *child(const MainWindow &window, const char *name)
 {
     return window.findChild<Widget *>(QLatin1String(name));
+}
+
+// The lines that a text takes when it breaks between words.
+QStringList wrapped(const QString &text, const QFontMetrics &font, int room)
+{
+    QStringList lines;
+    for (const QString &word : text.split(QLatin1Char(' '))) {
+        if (!lines.isEmpty() && font.horizontalAdvance(lines.last() + ' ' + word) <= room)
+            lines.last() += ' ' + word;
+        else
+            lines += word;
+    }
+    return lines;
 }
 
 } // namespace
@@ -165,7 +179,7 @@ void tst_languages_widths::selector()
 
 void tst_languages_widths::columns()
 {
-    const MainWindow window;
+    MainWindow window;
     auto *table = child<QTableWidget>(window, "tableWidget_detailinfo");
     QVERIFY(table);
     const int margin =
@@ -174,17 +188,23 @@ void tst_languages_widths::columns()
     for (const char *key : {"PXCERTREAD_0001", "PXCERTREAD_0002"})
         verifyFits(textOf(key), metrics(13).horizontalAdvance(textOf(key)), room);
 
-    // Names of rows. The English names of extensions are given by their standard, and the table
-    // elides the longest.
-    const bool english = c_language::GetLangPtr()->section() == QLatin1String("EN");
-    const QVector<tables::Row> texts = tables::read("texts.tsv");
-    for (const tables::Row &row : texts) {
+    // Names of rows, which may break between words.
+    for (const tables::Row &row : tables::read("texts.tsv")) {
         const QString key = tables::cell(row, "key");
         const bool isField =
             key >= QLatin1String("PXCERTREAD_0014") && key <= QLatin1String("PXCERTREAD_0022");
-        const bool isExtension = !tables::cell(row, "oid").isEmpty();
-        if (isField || (isExtension && !english))
-            verifyFits(displayText(key), metrics(13).horizontalAdvance(displayText(key)), room);
+        if (!isField && tables::cell(row, "oid").isEmpty())
+            continue;
+        const QString name = displayText(key);
+        window.result_detail({{name, QString(), QString(), 0}});
+        const int index = table->rowCount() - 1;
+        const QStringList lines = wrapped(name, metrics(13), room);
+        for (const QString &line : lines)
+            verifyFits(line, metrics(13).horizontalAdvance(line), room);
+        verifyFits(name, lines.size() * metrics(13).lineSpacing(), table->rowHeight(index));
+        verifyFits(name, table->rowHeight(index),
+                   table->verticalHeader()->defaultSectionSize() +
+                       (lines.size() - 1) * metrics(13).lineSpacing());
     }
 }
 
