@@ -4,6 +4,7 @@
 #include "app/popup_escape.h"
 #include "app/program_look.h"
 #include "app/table_keys.h"
+#include "app/table_rows.h"
 #include "app/title_translation.h"
 #include "app/window_style.h"
 #include "core/px_core_manager.h"

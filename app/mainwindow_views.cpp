@@ -1,7 +1,7 @@
 // How the window shows a certificate's texts and rows.
 
 #include "app/mainwindow.h"
-#include "app/table_keys.h"
+#include "app/table_rows.h"
 #include "core/px_core_manager.h"
 #include "ui_mainwindow.h"
 #include "util/c_util.h"
@@ -55,33 +55,6 @@ void clearText(QPlainTextEdit *box)
 {
     box->clear();
     box->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-}
-
-// Gives a row a second line when its name does not fit one. Only where people look: measuring each
-// of a million rows would take far longer than showing them.
-void makeRoomForName(QTableWidget *table, int row)
-{
-    constexpr int kMostMeasured = 200;
-    if (row >= kMostMeasured)
-        return;
-    table->ensurePolished(); // the font is that of the style sheet
-    const QFontMetrics font = table->fontMetrics();
-    const QString shown = table->item(row, 0)->text().left(kMostShown);
-    const int margin =
-        table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, table) + 1;
-    if (font.horizontalAdvance(shown) > table->columnWidth(0) - 2 * margin)
-        table->setRowHeight(row, table->rowHeight(row) + font.lineSpacing());
-}
-
-void appendRow(QTableWidget *table, const detail_node &node)
-{
-    const int row = table->rowCount();
-    table->setRowCount(row + 1);
-    auto *name = new QTableWidgetItem(node.name);
-    name->setData(kFullValueRole, node.full_value);
-    table->setItem(row, 0, name);
-    table->setItem(row, 1, new QTableWidgetItem(node.value));
-    makeRoomForName(table, row);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "app/table_keys.h"
 
+#include "app/table_rows.h"
+
 #include <algorithm>
 #include <iterator>
 #include <QClipboard>
@@ -62,15 +64,4 @@ void TableKeys::copyRow() const
     const QModelIndexList rows = m_table->selectionModel()->selectedRows();
     if (!rows.isEmpty())
         QGuiApplication::clipboard()->setText(rows.first().data(kFullValueRole).toString());
-}
-
-QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const
-{
-    return QStyledItemDelegate::displayText(value.toString().left(kMostShown), locale);
-}
-
-void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
-{
-    QStyledItemDelegate::initStyleOption(option, index);
-    option->state &= ~QStyle::State_HasFocus;
 }

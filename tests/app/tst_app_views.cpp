@@ -98,6 +98,7 @@ private slots:
     void clickShowsTheFullText_data();
     void clickShowsTheFullText();
     void aSelectedRowIsOfOneColour();
+    void aLastLineEndIsNotMarkedAsCutOff();
     void clickOnTheEmptyAreaShowsNothing();
     void namesAreComparedExactly();
     void emptyFullTexts();
@@ -299,6 +300,19 @@ void tst_app_views::aSelectedRowIsOfOneColour()
     for (const QPoint &point : {name.topLeft(), name.topRight(), name.bottomRight(),
                                 value.topLeft(), value.bottomRight()})
         QCOMPARE(image.pixelColor(point), QColor("lightblue"));
+}
+
+void tst_app_views::aLastLineEndIsNotMarkedAsCutOff()
+{
+    Details ended;
+    Details plain;
+    Details twoLines;
+    ended.window.result_detail({row("name", "value\n", "full", 0)});
+    plain.window.result_detail({row("name", "value", "full", 0)});
+    twoLines.window.result_detail({row("name", "value\nmore", "full", 0)});
+    const QImage expected = plain.table->viewport()->grab().toImage();
+    QCOMPARE(ended.table->viewport()->grab().toImage(), expected);
+    QVERIFY(twoLines.table->viewport()->grab().toImage() != expected);
 }
 
 void tst_app_views::clickOnTheEmptyAreaShowsNothing()

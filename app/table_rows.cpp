@@ -1,0 +1,63 @@
+#include "app/table_rows.h"
+
+#include "cert/detail_node.h"
+
+#include <QTableWidget>
+
+namespace {
+
+// The name with places to break after the points of an identifier, which has none of its own.
+QString breakable(const QString &name)
+{
+    return QString(name).replace(QLatin1Char('.'), QStringLiteral(".\u200B"));
+}
+
+// Only where people look: measuring each of a million rows would take far longer than showing them.
+void makeRoomForName(QTableWidget *table, int row)
+{
+    constexpr int kMostMeasured = 200;
+    if (row >= kMostMeasured)
+        return;
+    table->ensurePolished(); // the font is that of the style sheet
+    QStyleOptionViewItem option;
+    option.initFrom(table);
+    option.font = table->font();
+    option.widget = table;
+    option.features = QStyleOptionViewItem::WrapText;
+    option.rect.setWidth(table->columnWidth(0));
+    const int needed =
+        table->itemDelegate()->sizeHint(option, table->model()->index(row, 0)).height();
+    const int oneLine = table->rowHeight(row);
+    const int margins = oneLine - option.fontMetrics.height();
+    table->setRowHeight(row, qBound(oneLine, needed + margins, 4 * oneLine));
+}
+
+} // namespace
+
+void appendRow(QTableWidget *table, const detail_node &node)
+{
+    const int row = table->rowCount();
+    table->setRowCount(row + 1);
+    auto *name = new QTableWidgetItem(node.name);
+    name->setData(kFullValueRole, node.full_value);
+    table->setItem(row, 0, name);
+    table->setItem(row, 1, new QTableWidgetItem(node.value));
+    makeRoomForName(table, row);
+}
+
+QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const
+{
+    constexpr int kMostShown = 1000;
+    QString text = value.toString().left(kMostShown);
+    while (text.endsWith(QLatin1Char('\n')))
+        text.chop(1);
+    return QStyledItemDelegate::displayText(text, locale);
+}
+
+void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    option->state &= ~QStyle::State_HasFocus;
+    if (index.column() == 0)
+        option->text = breakable(option->text);
+}
