@@ -79,6 +79,7 @@ private slots:
     void recognisesExtensions();
     void namesNoTwoRowsAlike_data();
     void namesNoTwoRowsAlike();
+    void capitalisesEnglishNamesOfExtensions();
 };
 
 void tst_languages_file::isWhatTheTablesSay()
@@ -295,6 +296,23 @@ void tst_languages_file::namesNoTwoRowsAlike()
         QVERIFY2(!seen.contains(name), qPrintable(name));
         seen.insert(name);
     }
+}
+
+// Names stand below each other in the table, so one in another style is seen. What a name says in
+// brackets is a remark.
+void tst_languages_file::capitalisesEnglishNamesOfExtensions()
+{
+    const QRegularExpression remark(QStringLiteral(R"( \(.*\)$)"));
+    const QRegularExpression smallWord(QStringLiteral(R"(\b(?!of\b|the\b|v[0-9])[a-z])"));
+    int count = 0;
+    for (const tables::Row &row : tables::read("oids.tsv")) {
+        if (cell(row, "group") != QLatin1String("Extension"))
+            continue;
+        const QString name = cell(row, "EN").remove(remark);
+        QVERIFY2(!name.contains(smallWord), qPrintable(name));
+        ++count;
+    }
+    QVERIFY(count > 50);
 }
 
 QTEST_GUILESS_MAIN(tst_languages_file)
