@@ -69,6 +69,7 @@ bool c_pxcert::parse_cert(QByteArray certificate)
 
 bool c_pxcert::isCertValid() const
 {
+    // Deliberate: a bound that could not be read does not make the certificate invalid.
     const auto now = clockSeconds(QDateTime::currentDateTime());
     const bool expired = m_notAfter.isValid() && clockSeconds(m_notAfter) < now;
     const bool notYetValid = m_notBefore.isValid() && clockSeconds(m_notBefore) > now;
