@@ -3,6 +3,7 @@
 #include "tests/support/message_recorder.h"
 
 #include "asn/pxasn.h"
+#include "cert/display_date.h"
 
 #include <QtTest>
 
@@ -297,6 +298,17 @@ private slots:
         QCOMPARE(parsed.row("PXCERTREAD_0018").value, shortText(iso));
         QCOMPARE(parsed.row("PXCERTREAD_0019").value, shortText(iso));
         QVERIFY(!shortText(iso).isEmpty());
+    }
+
+    void timesNameTheirHalfOfTheDayInTaiwan()
+    {
+        const QLocale taiwan(QStringLiteral("zh_TW"));
+        const QDate date(2024, 1, 1);
+        const auto shows = [&](int hour) {
+            return display_date::shortText(QDateTime(date, QTime(hour, 15)), taiwan);
+        };
+        QCOMPARE(shows(8), QStringLiteral("2024/1/1 上午8:15"));
+        QCOMPARE(shows(20), QStringLiteral("2024/1/1 下午8:15"));
     }
 
     void timeOfAnotherForm_data()
