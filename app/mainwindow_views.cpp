@@ -28,13 +28,18 @@ QByteArray certificatePath(const QByteArray &path)
                : path;
 }
 
-// Whether a stretch of the text without white space is longer than any field that means something.
+bool endsWord(QChar c)
+{
+    return c.isSpace() && c.decompositionTag() != QChar::NoBreak;
+}
+
+// Whether a stretch of the text that can't break is longer than any field that means something.
 bool hasEndlessWord(const QString &text)
 {
     constexpr int kLongestWord = 4096;
     int length = 0;
     for (const QChar c : text) {
-        length = c.isSpace() ? 0 : length + 1;
+        length = endsWord(c) ? 0 : length + 1;
         if (length > kLongestWord)
             return true;
     }
