@@ -8,7 +8,6 @@
 
 #include <iterator>
 #include <QDebug>
-#include <QFile>
 
 namespace {
 
@@ -19,10 +18,11 @@ constexpr int kLongestPath = 255;
 // means the directory the program was started from.
 QByteArray certificatePath(const QByteArray &path)
 {
-    const QByteArray fromStart = QFile::encodeName(startDirectory()) + '/' + path;
+    const QByteArray start = startDirectory();
+    const QByteArray fromStart = start + '/' + path;
     c_util files;
     const bool isRelative = !path.startsWith('/');
-    return isRelative && !files.FileExists(path.constData()) &&
+    return isRelative && !start.isEmpty() && !files.FileExists(path.constData()) &&
                    files.FileExists(fromStart.constData())
                ? fromStart
                : path;

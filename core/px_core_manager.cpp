@@ -3,10 +3,12 @@
 #include "core/core_calls.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
 #include <QLibrary>
+#include <system_error>
 
 namespace {
 
@@ -143,8 +145,11 @@ QObject *createComponentObject(const QString &progId, const QString &classId)
         static_cast<quintptr>(core_calls::createComponentObject(progId, classId)));
 }
 
-QString startDirectory()
+QByteArray startDirectory()
 {
-    static const QString directory = QDir::currentPath();
+    static const QByteArray directory = [] {
+        std::error_code error;
+        return QByteArray::fromStdString(std::filesystem::current_path(error).native());
+    }();
     return directory;
 }

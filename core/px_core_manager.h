@@ -2,6 +2,7 @@
 
 #include "core/q_dispatch.h"
 
+#include <QByteArray>
 #include <QString>
 
 /// The process's tie to the suite it belongs to: it makes the install directory the working
@@ -53,6 +54,7 @@ PXSignatureCoreAgent *getSignatureCore();
 /// A component made by the core, owned by the core; null without a core or when it knows none.
 QObject *createComponentObject(const QString &progId, const QString &classId);
 
-/// Where the process was started from: the working directory before the first change of it.
-/// The first call remembers it, so the entry point calls it before anything else.
-QString startDirectory();
+/// Where the process was started from: the working directory before the first change of it, in the
+/// encoding of the file system; empty when that directory is gone. The first call remembers it, so
+/// the entry point calls it before anything else.
+QByteArray startDirectory();

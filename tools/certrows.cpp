@@ -65,7 +65,7 @@ int main(int argc, char **argv)
         std::perror("certrows");
         return 1;
     }
-    const QDir start(startDirectory());
+    const QDir start(QFile::decodeName(startDirectory()));
     QCoreApplication application(argc, argv);
     c_language::GetLangPtr()->LANG_SetFileName(QString());
 

@@ -70,6 +70,8 @@ private slots:
     void appearsWhenLoadingFails();
     void relativePaths_data();
     void relativePaths();
+    void unusualStartFolders_data();
+    void unusualStartFolders();
     void theInstallFolderComesFirst();
     void lengthOfTheArgument_data();
     void lengthOfTheArgument();
@@ -221,6 +223,34 @@ void tst_app_process::relativePaths()
     const ViewerTree tree;
     tree.startBeside("server.pem", QString::fromUtf8("a 证书.pem"));
     Program program(tree, kViewer, {argument});
+    QVERIFY(program.says(kReady));
+    QCOMPARE(parsed(program), certificates);
+}
+
+void tst_app_process::unusualStartFolders_data()
+{
+    QTest::addColumn<QByteArray>("goThere");
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<int>("certificates");
+    QTest::newRow("of a name outside UTF-8")
+        << QByteArray("name=$(printf 'x\\377') && mkdir $name && mv one.pem $name && cd $name")
+        << QStringLiteral("one.pem") << 1;
+    // A relative path does not become an absolute one.
+    QTest::newRow("that is gone") << QByteArray("mkdir gone && cd gone && rmdir ../gone")
+                                  << example("server.pem").mid(1) << 0;
+}
+
+void tst_app_process::unusualStartFolders()
+{
+    QFETCH(QByteArray, goThere);
+    QFETCH(QString, argument);
+    QFETCH(int, certificates);
+    const ViewerTree tree;
+    tree.startBeside("server.pem", QStringLiteral("one.pem"));
+    QVERIFY(tree.write("bin/start",
+                       "#!/bin/sh\n" + goThere + " && exec \"${0%start}PXViewCertTool\" \"$1\"\n"));
+    QVERIFY(QFile::setPermissions(tree.path("bin/start"), QFile::ReadOwner | QFile::ExeOwner));
+    Program program(tree, "start", {argument});
     QVERIFY(program.says(kReady));
     QCOMPARE(parsed(program), certificates);
 }

@@ -433,7 +433,7 @@ void tst_app_views::aMissingFileIsNot()
 void tst_app_views::aPathNextToTheStartIsFound()
 {
     const QString name = QStringLiteral("证书 next to the start.pem");
-    const QString target = QDir(startDirectory()).filePath(name);
+    const QString target = QDir(QFile::decodeName(startDirectory())).filePath(name);
     QFile::remove(target);
     QVERIFY(QFile::copy(QStringLiteral(PX_SOURCE_DIR "/examples/ca.pem"), target));
     Details details;
@@ -446,7 +446,7 @@ void tst_app_views::aPathNextToTheStartIsFound()
 void tst_app_views::theWorkingDirectoryComesFirst()
 {
     const QString name = QStringLiteral("both.pem");
-    const QString atStart = QDir(startDirectory()).filePath(name);
+    const QString atStart = QDir(QFile::decodeName(startDirectory())).filePath(name);
     QFile::remove(atStart);
     QVERIFY(QFile::copy(QStringLiteral(PX_SOURCE_DIR "/examples/ca.pem"), atStart));
     Details details;
