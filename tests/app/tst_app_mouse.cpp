@@ -108,11 +108,13 @@ struct OnScreen
     QPlainTextEdit *box = child<QPlainTextEdit>(window, "plainTextEdit_detail_2");
 };
 
-void sendMouse(QWidget &window, QEvent::Type type, const QPoint &global, Qt::MouseButton button,
+// True when the window keeps the event for itself.
+bool sendMouse(QWidget &window, QEvent::Type type, const QPoint &global, Qt::MouseButton button,
                Qt::MouseButtons held)
 {
     QMouseEvent event(type, window.mapFromGlobal(global), global, button, held, Qt::NoModifier);
     QCoreApplication::sendEvent(&window, &event);
+    return event.isAccepted();
 }
 
 } // namespace
@@ -130,6 +132,7 @@ private slots:
     void dragFollowsTheMouse();
     void dragEndsWithTheButton();
     void moveWithoutAButtonDoesNotDrag();
+    void eventsAreNotKept();
     void nearTheOriginNothingMoves_data();
     void nearTheOriginNothingMoves();
     void closeControlsClose_data();
@@ -245,6 +248,20 @@ void tst_app_mouse::moveWithoutAButtonDoesNotDrag()
     QCOMPARE(window.pos(), kHome);
     sendMouse(window, QEvent::MouseMove, kHome + QPoint(90, 90), Qt::NoButton, Qt::RightButton);
     QCOMPARE(window.pos(), kHome + QPoint(81, 81));
+}
+
+// Whatever a handler does, it lets the toolkit's own go on with the event.
+void tst_app_mouse::eventsAreNotKept()
+{
+    MainWindow window;
+    window.move(kHome);
+    const Qt::MouseButton left = Qt::LeftButton;
+    for (const QPoint &at : {QPoint(9, 9), QPoint(9, 90)}) {
+        const QPoint point = window.pos() + at;
+        QVERIFY(!sendMouse(window, QEvent::MouseButtonPress, point, left, left));
+        QVERIFY(!sendMouse(window, QEvent::MouseMove, point + QPoint(5, 6), Qt::NoButton, left));
+        QVERIFY(!sendMouse(window, QEvent::MouseButtonRelease, point, left, Qt::NoButton));
+    }
 }
 
 // The threshold counts from the desktop's origin.

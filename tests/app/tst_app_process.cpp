@@ -1,11 +1,15 @@
+#include "app/instance_channel.h"
+#include "app/instance_lock.h"
 #include "app/program_look.h"
 #include "tests/app/viewer_tree.h"
 
 #include <QGuiApplication>
+#include <QIcon>
 #include <QImage>
 #include <QPixmap>
 #include <QScreen>
 #include <QtTest>
+#include <sys/stat.h>
 
 namespace {
 
@@ -43,6 +47,28 @@ void key(const QString &window, const char *name)
                       QStringLiteral("key"), QString::fromLatin1(name)});
 }
 
+// The guard of the tree's viewers.
+InstanceLock lockOf(const ViewerTree &tree)
+{
+    const QByteArray before = qgetenv("XDG_RUNTIME_DIR");
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(tree.path("runtime")));
+    InstanceLock lock(QStringLiteral("PXViewCertTool   master application"));
+    qputenv("XDG_RUNTIME_DIR", before);
+    return lock;
+}
+
+// The numbers of a picture as a window's property gives it: width, height, pixels.
+QStringList numbersOf(const QImage &picture)
+{
+    const QImage image = picture.convertToFormat(QImage::Format_ARGB32);
+    QStringList numbers = {QString::number(image.width()), QString::number(image.height())};
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            numbers.append(QString::number(image.pixel(x, y)));
+    }
+    return numbers;
+}
+
 // How many certificates the model has gone through.
 int parsed(Program &program)
 {
@@ -62,10 +88,14 @@ private slots:
     void standsInTheMiddle();
     void saysWhatItDoesInOrder();
     void furtherArgumentsAreIgnored();
+    void bearsTheIcon();
+    void appearsOnceItIsLoaded();
     void endsByKey_data();
     void endsByKey();
     void secondInstanceHandsOver_data();
     void secondInstanceHandsOver();
+    void handsOverByMessage();
+    void waitsFourSecondsForAnAnswer();
     void appearsWhenLoadingFails_data();
     void appearsWhenLoadingFails();
     void relativePaths_data();
@@ -83,6 +113,7 @@ private slots:
     void languages();
     void aMissingKeyShowsItself();
     void withoutLanguageFile();
+    void textsPassThroughTheLocale();
     void darkDesktop();
     void scaledDesktop();
     void displayChoice_data();
@@ -140,6 +171,53 @@ void tst_app_process::furtherArgumentsAreIgnored()
     QCOMPARE(parsed(other), 0);
 }
 
+void tst_app_process::bearsTheIcon()
+{
+    const ViewerTree tree;
+    Program program(tree, kViewer, {example("server.pem")});
+    const QString window = program.window();
+    QVERIFY(!window.isEmpty());
+    QProcess xprop;
+    xprop.start(QStringLiteral("xprop"),
+                QStringLiteral("-id %1 -notype -f _NET_WM_ICON 32c _NET_WM_ICON")
+                    .arg(window)
+                    .split(QLatin1Char(' ')));
+    QVERIFY(xprop.waitForFinished(Program::kPatienceMs));
+    const QStringList numbers = QString::fromLatin1(xprop.readAllStandardOutput())
+                                    .section(QStringLiteral(" = "), 1)
+                                    .split(QStringLiteral(", "));
+    const QIcon icon(QStringLiteral(PX_SOURCE_DIR "/app/img/res/stamp.ico"));
+    QVERIFY(!icon.availableSizes().isEmpty());
+    const QStringList first = numbersOf(icon.pixmap(icon.availableSizes().constFirst()).toImage());
+    QCOMPARE(numbers.mid(0, first.size()), first);
+}
+
+// A certificate that takes its time, from a pipe: nothing is shown until it is there.
+void tst_app_process::appearsOnceItIsLoaded()
+{
+    const ViewerTree tree;
+    QFile certificate(example("server.pem"));
+    QVERIFY(certificate.open(QIODevice::ReadOnly));
+    const QByteArray pipe = QFile::encodeName(tree.path("pipe"));
+    QCOMPARE(::mkfifo(pipe.constData(), S_IRUSR | S_IWUSR), 0);
+    QFile writer(tree.path("pipe"));
+    QVERIFY(writer.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+    const QImage before = stillScreen();
+
+    Program program(tree, kViewer, {tree.path("pipe")});
+    QTRY_VERIFY_WITH_TIMEOUT(!program.debugLines().filter(QStringLiteral("read succ")).isEmpty(),
+                             Program::kPatienceMs);
+    QTest::qWait(500);
+    QVERIFY(program.isRunning());
+    QCOMPARE(screen(), before);
+
+    QVERIFY(writer.write(certificate.readAll()) > 0);
+    writer.close();
+    QVERIFY(!program.window().isEmpty());
+    QVERIFY(program.says(kReady));
+    QCOMPARE(parsed(program), 1);
+}
+
 void tst_app_process::endsByKey_data()
 {
     QTest::addColumn<QByteArray>("key");
@@ -183,6 +261,36 @@ void tst_app_process::secondInstanceHandsOver()
     QCOMPARE(stillScreen(), before);
     QCOMPARE(first.debugLines(), said);
     QVERIFY(first.isRunning());
+}
+
+// The program's side of what instances agree on, met by the guard's own classes.
+void tst_app_process::handsOverByMessage()
+{
+    const ViewerTree tree;
+    InstanceLock lock = lockOf(tree);
+    QCOMPARE(lock.acquire(), InstanceLock::Result::Held);
+    InstanceServer server;
+    QVERIFY(server.listen(lock.socketPath()));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    Program second(tree, kViewer, {example("server.pem")});
+    QVERIFY(QTest::qWaitFor([&] { return !second.isRunning(); }, Program::kPatienceMs));
+    QCOMPARE(second.end(), 0);
+    QCOMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("raise_window_noop"));
+}
+
+void tst_app_process::waitsFourSecondsForAnAnswer()
+{
+    const ViewerTree tree;
+    InstanceLock lock = lockOf(tree);
+    QCOMPARE(lock.acquire(), InstanceLock::Result::Held);
+    Program second(tree, kViewer, {example("server.pem")});
+    QVERIFY(second.says("this is already running"));
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(second.end(), 0);
+    const qint64 waited = timer.elapsed();
+    QVERIFY2(waited > 3500 && waited < 4900, qPrintable(QString::number(waited)));
 }
 
 void tst_app_process::appearsWhenLoadingFails_data()
@@ -388,6 +496,20 @@ void tst_app_process::withoutLanguageFile()
          {"caption=PXCERTREAD_0039", "tab=PXCERTREAD_0066", "tab=PXCERTREAD_0067",
           "entry=PXCERTREAD_0011", "entry=PXCERTREAD_0012", "entry=PXCERTREAD_0013"})
         QVERIFY2(probe.outputLines().contains(QLatin1String(line)), line);
+}
+
+// What the locale's encoding does not hold is lost.
+void tst_app_process::textsPassThroughTheLocale()
+{
+    ViewerTree tree;
+    tree.speak("TW");
+    Program probe(tree, "window_probe", {QStringLiteral("ISO-8859-1")});
+    QCOMPARE(probe.end(), 0);
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    QVERIFY(probe.outputLines().contains(QString::fromUtf8("caption=?????")));
+#else
+    QVERIFY(probe.outputLines().contains(QString::fromUtf8("caption=憑證檢視器")));
+#endif
 }
 
 // A dark theme of the desktop changes no pixel.

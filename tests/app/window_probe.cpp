@@ -1,5 +1,6 @@
-// window_probe: builds the window and says on standard output what it shows without a certificate,
-// one "name=text" a line, in UTF-8.
+// window_probe [ENCODING]: builds the window and says on standard output what it shows without a
+// certificate, one "name=text" a line, in UTF-8. ENCODING stands for that of the locale, where the
+// toolkit knows any but UTF-8.
 
 #include "app/mainwindow.h"
 
@@ -8,6 +9,9 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QTabWidget>
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+#include <QTextCodec>
+#endif
 
 namespace {
 
@@ -21,6 +25,10 @@ void say(const char *name, const QString &text)
 int main(int argc, char **argv)
 {
     const QApplication application(argc, argv);
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    if (argc > 1)
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName(argv[1]));
+#endif
     const MainWindow window;
     say("title", window.windowTitle());
     say("caption", window.findChild<QLabel *>(QStringLiteral("titileCaption"))->text());
