@@ -1,6 +1,6 @@
 #include "tests/asn/tree.h"
-#include "tests/pxcpp/guarded_buffer.h"
 #include "tests/support/der.h"
+#include "tests/support/guarded_buffer.h"
 
 #include <QRandomGenerator>
 #include <QtTest>

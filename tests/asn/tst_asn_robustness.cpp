@@ -1,5 +1,5 @@
-#include "tests/pxcpp/guarded_buffer.h"
 #include "tests/support/der.h"
+#include "tests/support/guarded_buffer.h"
 #include "tests/support/message_recorder.h"
 
 #include "asn/pxasn.h"

@@ -1,5 +1,5 @@
 #include "tests/asn/tree.h"
-#include "tests/pxcpp/guarded_buffer.h"
+#include "tests/support/guarded_buffer.h"
 
 #include "asn/asn_values.h"
 

@@ -1,5 +1,7 @@
-#include "child_process.h"
-#include "guarded_buffer.h"
+#include "tests/support/child_process.h"
+#include "tests/support/guarded_buffer.h"
+#include "tests/support/printed.h"
+
 #include "pxcpp/base64.h"
 
 #include <cstdio>
@@ -27,25 +29,6 @@ struct free_deleter
 };
 template <typename T>
 using Freed = std::unique_ptr<T, free_deleter>;
-
-/// What `body` writes to standard output.
-template <typename Body>
-QByteArray printedBy(Body body)
-{
-    std::fflush(stdout);
-    const int terminal = dup(STDOUT_FILENO);
-    std::FILE *file = std::tmpfile();
-    dup2(fileno(file), STDOUT_FILENO);
-    body();
-    std::fflush(stdout);
-    dup2(terminal, STDOUT_FILENO);
-    close(terminal);
-    QByteArray printed(1000, '\0');
-    std::rewind(file);
-    printed.resize(int(std::fread(printed.data(), 1, std::size_t(printed.size()), file)));
-    std::fclose(file);
-    return printed;
-}
 
 /// The text of `data`, or a null array for a null result. Reads nothing past `data`.
 QByteArray encoded(const QByteArray &data)

@@ -1,5 +1,6 @@
-#include "captured_messages.h"
-#include "guarded_buffer.h"
+#include "tests/support/guarded_buffer.h"
+#include "tests/support/message_recorder.h"
+
 #include "pxcpp/code_convert.h"
 
 #include <QRandomGenerator>
@@ -188,20 +189,20 @@ void tst_pxcpp_reversebyte::debugStream()
     const auto slots32 = slotsOf(QByteArray("\0A\0B\0C", 6));
     const unsigned int *first = slots32.data();
     char output[8];
-    const CapturedMessages capture;
+    const MessageRecorder recorder;
 
     code_unicode_to_utf8_reversebyte(first, 2, output, 8);
-    QCOMPARE(CapturedMessages::messages(),
+    QCOMPARE(MessageRecorder::messages(),
              QStringList({"unicode  " + address(first), "pData  " + address(first),
                           "pData  " + address(first + 1)}));
 
-    CapturedMessages::messages().clear();
+    MessageRecorder::messages().clear();
     code_unicode_to_utf8_reversebyte(nullptr, 2, output, 8);
-    QCOMPARE(CapturedMessages::messages(), QStringList("unicode  0x0"));
+    QCOMPARE(MessageRecorder::messages(), QStringList("unicode  0x0"));
 
-    CapturedMessages::messages().clear();
+    MessageRecorder::messages().clear();
     code_unicode_to_utf8_reversebyte_BYTE(first, 2, output, 8);
-    QCOMPARE(CapturedMessages::messages(), QStringList());
+    QCOMPARE(MessageRecorder::messages(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(tst_pxcpp_reversebyte)

@@ -1,5 +1,6 @@
-#include "child_process.h"
-#include "guarded_buffer.h"
+#include "tests/support/child_process.h"
+#include "tests/support/guarded_buffer.h"
+
 #include "pxcpp/code_convert.h"
 
 #include <algorithm>
