@@ -50,14 +50,15 @@ public:
     /// INTEGER of one octet, unsigned. Deliberate: two and four octets are read as the platform
     /// stores them, others as 0.
     operator int() const;
-    /// Local date and time of a time value, invalid for anything else.
+    /// Local date and time of a time value, invalid for anything else and when a field is out of
+    /// range. A field that is missing or no number counts as 0.
     operator QDateTime() const;
     QString toString() const;
     QByteArray toByteArray() const;
     int toInt() const;
     QDateTime toDateTime() const;
     /// "YYMMDDhhmmssZ" (below 60 is 20YY) or "YYYYMMDDhhmmssZ", eight hours later, in UTC; unset
-    /// for any other text.
+    /// for any other text and when a field is out of range. One that is no number counts as 0.
     static QDateTime convertDateTime(const QByteArray &text);
 
     // Texts for people.
