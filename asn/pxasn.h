@@ -82,6 +82,7 @@ public:
     QByteArray build();
     /// Replaces the content. INTEGER: an octet 0 is put before a first octet above 0x80.
     /// OBJECT IDENTIFIER: `data` is dotted text. BIT STRING: an octet 0 is put before.
+    /// OCTET STRING: a leaf from now on; the children that it held go, objects and nodes.
     int setData(const QByteArray &data);
     /// The same, an INTEGER as given.
     int setDataEx(const QByteArray &data);

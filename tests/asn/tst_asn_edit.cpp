@@ -1,9 +1,12 @@
 #include "tests/asn/tree.h"
+#include "tests/support/child_process.h"
 #include "tests/support/guarded_buffer.h"
 
 #include <algorithm>
 #include <cstring>
 #include <QtTest>
+
+PX_SMALL_ALLOCATIONS
 
 namespace {
 
@@ -223,6 +226,13 @@ private slots:
         setContent(first, QByteArray(2, 'x'));
         const GuardedBuffer<unsigned char> again(size);
         QCOMPARE(ASNBuildData(root.get(), again.get(), size), 1);
+
+        const AsnBlockPtr leaf = leafOf(0x04, "a");
+        ASNUpdate(leaf.get());
+        setContent(leaf.get(), "ab");
+        const GuardedBuffer<unsigned char> small(3);
+        QCOMPARE(ASNBuildData(leaf.get(), small.get(), 3), 0);
+        QCOMPARE(int(small[0]), 0xA5);
     }
 
     void dataLengthIsThatOfTheLeaves()
@@ -392,6 +402,28 @@ private slots:
             QCOMPARE(encoded(string.get()),
                      char(4) + QByteArray(1, char(content.size())) + content);
         }
+    }
+
+    void withoutMemory()
+    {
+        // SEQUENCE { OCTET STRING of a hundred megabytes }, outside the heap.
+        const unsigned int size = 100U << 20;
+        const QByteArray headers = QByteArray::fromHex("308406400006"
+                                                       "048406400000");
+        const GuardedBuffer<unsigned char> input(size + 12);
+        std::copy(headers.begin(), headers.end(), input.get());
+        const AsnBlockPtr leaf = leafOf(0x04, "old");
+        const AsnBlockPtr root = sequenceOf(1);
+        const auto result = runWithoutMemory([&] {
+            const int stored = ASNSetBlockData(leaf.get(), input.get(), size);
+            const bool isParsed = ASNAddByData(root.get(), input.get() + 6, size + 6) != nullptr;
+            const AsnBlockPtr outer(ASNAddByData(nullptr, input.get(), size + 12));
+            std::printf("%d, %d, %s, %s, %s\n", stored, isParsed ? 1 : 0,
+                        qPrintable(outline(leaf.get())), qPrintable(outline(root.get())),
+                        qPrintable(outline(outer.get())));
+        });
+        QVERIFY2(result.output.endsWith("0, 0, 04:6F6C64, 30(02:01), 30()\n"),
+                 result.output.constData());
     }
 
     void deleteBlock()

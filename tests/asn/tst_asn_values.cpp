@@ -1,4 +1,5 @@
 #include "tests/asn/tree.h"
+#include "tests/support/child_process.h"
 #include "tests/support/guarded_buffer.h"
 
 #include "asn/asn_values.h"
@@ -7,6 +8,8 @@
 #include <cstring>
 #include <QDateTime>
 #include <QtTest>
+
+PX_SMALL_ALLOCATIONS
 
 namespace {
 
@@ -212,6 +215,7 @@ private slots:
         row(kGeneralizedTime, "20490101000000Z", 0, 2);
         // Beyond that the wrapped product is positive again, and wrong.
         row(kGeneralizedTime, "21070101000000Z", utc(2107, 1, 1, 0, 0, 0) - 4294967296);
+        row(kGeneralizedTime, "23000101000000Z", utc(2300, 1, 1, 0, 0, 0) - 2 * 4294967296);
         row(kGeneralizedTime, "24010101000000Z", utc(2401, 1, 1, 0, 0, 0) - 3 * 4294967296);
         row(kGeneralizedTime, "18330101000000Z", utc(1833, 1, 1, 0, 0, 0) + 4294967296);
         row(kGeneralizedTime, "18000301000000Z", utc(1800, 3, 1, 0, 0, 0) + 4294967296);
@@ -515,6 +519,27 @@ private slots:
         QCOMPARE(outline(number.get()), QStringLiteral("02:616263"));
         QCOMPARE(ASNSetBitStringData(bits.get(), nullptr, 0, 3), 1);
         QCOMPARE(outline(bits.get()), QStringLiteral("03:03"));
+    }
+
+    void bitStringsWithoutMemory()
+    {
+        const unsigned int size = 100U << 20;
+        const GuardedBuffer<unsigned char> data(size);
+        stASN_BLOCK_HEADER large = {}; // its content lies outside the heap
+        large.tag = kBitString;
+        large.rawFlag = 1;
+        large.content = data.get();
+        large.contentLength = size;
+        const AsnBlockPtr bits = leafOf(kBitString, "abc");
+        const auto result = runWithoutMemory([&] {
+            stASN_BIT_STRING record = {9, 9, nullptr};
+            const int got = ASNGetBitStringData(&large, &record);
+            const bool isUntouched = record.unusedBits == 9 && record.length == 9 && !record.data;
+            std::printf("%d %d %d %s\n", got, isUntouched ? 1 : 0,
+                        ASNSetBitStringData(bits.get(), data.get(), size, 0),
+                        qPrintable(outline(bits.get())));
+        });
+        QVERIFY2(result.output.endsWith("0 1 0 03:616263\n"), result.output.constData());
     }
 };
 
