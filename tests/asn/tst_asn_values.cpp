@@ -159,6 +159,7 @@ private slots:
         utcTime("691231235959Z", -1);
         row(kUtcTime, "700101000000+0001", 0, 2); // before 1970, in a year that is not
         row(kUtcTime, "691231235959-0001", 0, 2); // the reverse
+        row(kUtcTime, "691231235900-0001", 0, 2); // 1970 to the second
         utcTime("680229000000Z", utc(1968, 2, 29, 0, 0, 0));
         utcTime("680301000000Z", utc(1968, 3, 1, 0, 0, 0));
         row(kUtcTime, QByteArray("700101000000Z\0ignored", 21), 0);
