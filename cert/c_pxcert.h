@@ -34,8 +34,8 @@ public:
     bool parse_cert(QByteArray certificate);
 
     /// Whether now lies within the validity period, both bounds included, compared to the second
-    /// and as shown: certificate times against the local clock. A bound that is missing or could
-    /// not be read does not count.
+    /// and as shown: certificate times against the local clock. A bound with impossible fields does
+    /// not count, and neither does when one is missing or of another form.
     bool isCertValid() const;
 
     /// Part of the published interface; deliberately does nothing.

@@ -200,7 +200,7 @@ bool c_pxcert::parseAttribute(PXAsnBlock *attribute, QString &line, QString &val
     return true;
 }
 
-// Validity ::= SEQUENCE { notBefore Time, notAfter Time }
+// Validity ::= SEQUENCE { notBefore Time, notAfter Time }. One time alone counts for nothing.
 bool c_pxcert::readValidity(PXAsnBlock *validity)
 {
     if (!validity)
@@ -208,13 +208,17 @@ bool c_pxcert::readValidity(PXAsnBlock *validity)
     PXAsnBlock *notBefore = validity->getChild(0, AnyTag);
     if (!notBefore)
         return fail("notBefore");
-    if (!readTime(notBefore, m_notBefore))
+    QDateTime start;
+    if (!readTime(notBefore, start))
         return fail("notBeforeValue");
     PXAsnBlock *notAfter = validity->getChild(1, AnyTag);
     if (!notAfter)
         return fail("notAfter");
-    if (!readTime(notAfter, m_notAfter))
+    QDateTime end;
+    if (!readTime(notAfter, end))
         return fail("notAfterValue");
+    m_notBefore = start;
+    m_notAfter = end;
     add_node(displayText(QStringLiteral("PXCERTREAD_0018")), display_date::shortText(m_notBefore));
     add_node(displayText(QStringLiteral("PXCERTREAD_0019")), display_date::shortText(m_notAfter));
     return true;

@@ -28,6 +28,12 @@ QByteArray validityOf(const QByteArray &notBefore, const QByteArray &notAfter)
     return sequence({notBefore, notAfter});
 }
 
+bool showsNoDates(const Parsed &parsed)
+{
+    return parsed.blocks.at(1).first.endsWith(
+        QStringLiteral("\n\n %1 %2   ").arg(shown("PXCERTREAD_0009"), shown("PXCERTREAD_0010")));
+}
+
 } // namespace
 
 /// Version to subject public key info.
@@ -337,6 +343,21 @@ private slots:
                 recorder.messages().contains(failure(after ? "notAfterValue" : "notBeforeValue")));
             QVERIFY(!parsed.hasRow("PXCERTREAD_0018"));
             QCOMPARE(int(parsed.rows.size()), 4);
+            QVERIFY(showsNoDates(parsed));
+        }
+    }
+
+    void oneTimeAloneDecidesNothing()
+    {
+        const QByteArray future = generalizedTime("29990101000000Z");
+        const QByteArray broken = utcTime("2501010000Z");
+        for (const QByteArray &validity :
+             {sequence({future}), validityOf(future, broken), validityOf(broken, future)}) {
+            Certificate certificate;
+            certificate.validity = validity;
+            const Parsed parsed = parse(certificate.encoded());
+            QCOMPARE(parsed.blocks.at(0).first, QStringLiteral(" ") + shown("PXCERTREAD_0006"));
+            QVERIFY(showsNoDates(parsed));
         }
     }
 
@@ -361,8 +382,7 @@ private slots:
             QCOMPARE(parsed.row("PXCERTREAD_0018").value, QString());
             QCOMPARE(parsed.row("PXCERTREAD_0019").value, QString());
             QVERIFY(parsed.hasRow("PXCERTREAD_0021"));
-            QVERIFY(parsed.blocks.at(1).first.endsWith(shown("PXCERTREAD_0010") +
-                                                       QStringLiteral("   ")));
+            QVERIFY(showsNoDates(parsed));
         }
     }
 
