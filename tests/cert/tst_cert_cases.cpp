@@ -5,6 +5,9 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QtTest>
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+#include <QTextCodec>
+#endif
 
 /// Certificates of another tool's making with the texts they are shown with, in the language that
 /// the client configuration names; the suite runs this in all three.
@@ -27,6 +30,15 @@ private:
         for (auto match = place.match(text); match.hasMatch(); match = place.match(text))
             text.replace(match.captured(0), nameOf(match.captured(1)));
         return text;
+    }
+
+    static Parsed load(const char *name)
+    {
+        Parsed parsed;
+        c_pxcert model(nullptr);
+        parsed.listenTo(model);
+        model.loadfile(PX_TEST_DATA "/extensions/" + QByteArray(name) + ".pem");
+        return parsed;
     }
 
 private slots:
@@ -66,6 +78,33 @@ private slots:
         const QString name = c_language::GetLangPtr()->GetValue(key);
         QVERIFY(name != key);
         QCOMPARE(nameOf(identifier), name);
+    }
+
+    void poorLocaleCostsCharactersAlone()
+    {
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+        QTextCodec *before = QTextCodec::codecForLocale();
+        const Parsed rich = load("policies-practice-and-notice");
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+        const Parsed poor = load("policies-practice-and-notice");
+        QTextCodec::setCodecForLocale(before);
+        const auto degraded = [](const QString &text) {
+            return QString::fromLatin1(text.toLatin1());
+        };
+        QCOMPARE(poor.rows.size(), rich.rows.size());
+        for (std::size_t i = 0; i < rich.rows.size(); ++i) {
+            QCOMPARE(poor.rows[i].name, degraded(rich.rows[i].name));
+            const bool isPolicies = i + 1 == rich.rows.size();
+            QCOMPARE(poor.rows[i].full_value,
+                     isPolicies ? degraded(rich.rows[i].full_value) : rich.rows[i].full_value);
+        }
+        for (int i = 0; i < rich.blocks.size(); ++i)
+            QCOMPARE(poor.blocks[i].first, degraded(rich.blocks[i].first));
+        const bool isEnglish = c_language::GetLangPtr()->section() == QLatin1String("EN");
+        QCOMPARE(poor.blocks[0].first == rich.blocks[0].first, isEnglish);
+        QCOMPARE(poor.blocks[1].first == rich.blocks[1].first, isEnglish);
+        QVERIFY(poor.rows.back().full_value != rich.rows.back().full_value);
+#endif
     }
 
     void extensions_data()

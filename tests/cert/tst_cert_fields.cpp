@@ -71,6 +71,8 @@ private slots:
         QTest::newRow("v2") << tlv(0xA0, integer("01")) << "V2";
         QTest::newRow("v3") << tlv(0xA0, integer("02")) << "V3";
         QTest::newRow("255") << tlv(0xA0, integer("FF")) << "V256";
+        QTest::newRow("two octets, the machine's order") << tlv(0xA0, integer("0100")) << "V2";
+        QTest::newRow("four octets, the machine's order") << tlv(0xA0, integer("02000000")) << "V3";
         QTest::newRow("three octets read as 0") << tlv(0xA0, integer("020000")) << "V1";
     }
     void version()
@@ -242,6 +244,69 @@ private slots:
                  QLatin1String(kUnknownDotted) + QStringLiteral("= what\n"));
     }
 
+    void identifierTexts_data()
+    {
+        QTest::addColumn<QByteArray>("hex");
+        QTest::addColumn<QString>("text");
+        const QByteArray arc = "83FFFFFF7F"; // 1073741823, eleven characters with its dot
+        QTest::newRow("first octet alone") << QByteArray("883701") << "3.16.55.1";
+        QTest::newRow("signed number") << QByteArray("6988FFFFFF7F") << "2.25.-1879048193";
+        QTest::newRow("one octet") << QByteArray("2B") << "";
+        QTest::newRow("99 characters")
+            << "2B" + arc.repeated(8) + "FFFF7F"
+            << "1.3" + QStringLiteral(".1073741823").repeated(8) + ".2097151";
+        QTest::newRow("100 characters") << "2B" + arc.repeated(8) + "84E2AD00"
+                                        << "";
+    }
+    void identifierTexts()
+    {
+        QFETCH(QByteArray, hex);
+        QFETCH(QString, text);
+        Certificate certificate;
+        certificate.issuer = sequence({set({attribute(hex.constData(), utf8("x"))})});
+        QCOMPARE(parse(certificate.encoded()).row("PXCERTREAD_0017").full_value,
+                 text + QStringLiteral("= x\n"));
+    }
+
+    void characterBeyondABmpStringIsReplaced()
+    {
+        Certificate certificate;
+        certificate.issuer = sequence(
+            {set({attribute(kCommonName, tlv(0x1E, QByteArray::fromHex("0041D83DDD12")))})});
+        const QString value = parse(certificate.encoded()).row("PXCERTREAD_0017").value;
+        QVERIFY(value.size() > 1);
+        QCOMPARE(value, QLatin1Char('A') + QString(value.size() - 1, QChar(0xFFFD)));
+    }
+
+    void attributeIsNamedByBothSections()
+    {
+        Certificate certificate;
+        certificate.issuer = sequence({set({attribute("551D0F", utf8("what"))})});
+        QCOMPARE(parse(certificate.encoded()).row("PXCERTREAD_0017").full_value,
+                 shown("PXCERTREAD_0031") + QStringLiteral("= what\n"));
+    }
+
+    void attributeValueIsLookedUpAsWell()
+    {
+        Certificate certificate;
+        certificate.subject = sequence({set({attribute(kCommonName, utf8("PXCERTREAD_0039"))})});
+        const Parsed parsed = parse(certificate.encoded());
+        const QString name = shown("PXCERTREAD_0039");
+        QCOMPARE(parsed.row("PXCERTREAD_0020").value, name);
+        QCOMPARE(parsed.row("PXCERTREAD_0020").full_value, QStringLiteral("CN= %1\n").arg(name));
+        QVERIFY(parsed.blocks.at(1).first.contains(QStringLiteral(":   %1\n\n").arg(name)));
+    }
+
+    void attributeValueThatIsNoTextIsEmpty()
+    {
+        Certificate certificate;
+        certificate.subject = sequence({set({attribute(kOrganization, utf8("Org"))}),
+                                        set({attribute("550410", sequence({utf8("Street 1")}))})});
+        const detail_node row = parse(certificate.encoded()).row("PXCERTREAD_0020");
+        QCOMPARE(row.value, QStringLiteral(",Org"));
+        QCOMPARE(row.full_value, QStringLiteral("postalAddress= \nO= Org\n"));
+    }
+
     void attributeValueOfNulStaysWhole()
     {
         Certificate certificate;
@@ -315,6 +380,16 @@ private slots:
         };
         QCOMPARE(shows(8), QStringLiteral("2024/1/1 上午8:15"));
         QCOMPARE(shows(20), QStringLiteral("2024/1/1 下午8:15"));
+    }
+
+    void timesFollowTheSystemsLocaleAlone()
+    {
+        const QLocale before;
+        QLocale::setDefault(QLocale(QLocale::German));
+        const Parsed parsed = parse(Certificate().encoded());
+        QLocale::setDefault(before);
+        QCOMPARE(parsed.row("PXCERTREAD_0018").value,
+                 shortText(QStringLiteral("2020-01-01T08:00:00Z")));
     }
 
     void timeOfAnotherForm_data()
@@ -436,11 +511,20 @@ private slots:
         QVERIFY(parsed.rows.back().value != parsed.row("PXCERTREAD_0021").value);
     }
 
+    void parameterOfAnotherTypeIsIgnored_data()
+    {
+        QTest::addColumn<QByteArray>("parameter");
+        QTest::newRow("SEQUENCE") << sequence({integer("01")});
+        QTest::newRow("NULL") << tlv(0x05, {});
+        QTest::newRow("OCTET STRING") << tlv(0x04, "octets");
+        QTest::newRow("UTF8String") << utf8("text");
+    }
     void parameterOfAnotherTypeIsIgnored()
     {
+        QFETCH(QByteArray, parameter);
         Certificate certificate;
-        certificate.keyInfo = sequence({sequence({oid(kEcPublicKey), sequence({integer("01")})}),
-                                        tlv(0x03, QByteArray::fromHex("0004"))});
+        certificate.keyInfo = sequence(
+            {sequence({oid(kEcPublicKey), parameter}), tlv(0x03, QByteArray::fromHex("0004"))});
         const Parsed parsed = parse(certificate.encoded());
         QVERIFY(parsed.hasRow("PXCERTREAD_0021"));
         QVERIFY(!parsed.hasRow("PXCERTREAD_0022"));

@@ -1,6 +1,7 @@
 #include "tests/cert/parsed.h"
 #include "tests/support/der.h"
 #include "tests/support/message_recorder.h"
+#include "tests/support/printed.h"
 
 #include "cert/cert_file.h"
 
@@ -89,6 +90,7 @@ private slots:
         const QString none;
         QTest::newRow("DER") << first << known;
         QTest::newRow("DER with octets behind") << first + "garbage" << known;
+        QTest::newRow("DER with armour behind") << first + armour(second) << known;
         QTest::newRow("PEM") << pem << known;
         QTest::newRow("PEM, Windows line ends") << armour(first, "\r\n") << known;
         QTest::newRow("PEM, old line ends") << armour(first, "\r") << known;
@@ -362,6 +364,28 @@ private slots:
         QCOMPARE(recorder.messages().contains(
                      QStringLiteral("[PXCertificate::parseExterndCertificate] end")),
                  visited);
+    }
+
+    void uniqueIdentifiersHideTheExtensions()
+    {
+        const QByteArray issuer = tlv(0x81, QByteArray::fromHex("0001"));
+        const QByteArray subject = tlv(0x82, QByteArray::fromHex("0001"));
+        for (const QByteArray &identifiers : {issuer, subject, issuer + subject}) {
+            Certificate certificate;
+            certificate.keyInfo += identifiers;
+            certificate.extensions = extension(kUnknown, integer("01"));
+            const Parsed parsed = parse(certificate.encoded());
+            QCOMPARE(parsed.rows.back().name, shown("PXCERTREAD_0021"));
+        }
+    }
+
+    void sixFieldsAreNotLookedBehind()
+    {
+        Certificate certificate;
+        const QByteArray missing = "(!node || index < 0 || index >= listChild.count()) fail\n";
+        QCOMPARE(printedBy([&] { parse(certificate.encoded()); }).count(missing), 1);
+        certificate.version.clear();
+        QCOMPARE(printedBy([&] { parse(certificate.encoded()); }).count(missing), 0);
     }
 
     void sendmsgDoesNothing()

@@ -2,7 +2,11 @@
 #include "tests/support/der.h"
 #include "tests/support/message_recorder.h"
 
+#include <ctime>
 #include <QtTest>
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+#include <QTextCodec>
+#endif
 
 using namespace der;
 
@@ -66,6 +70,11 @@ class TestCertSummary : public QObject
 
 private slots:
     void initTestCase() { c_language::GetLangPtr()->LANG_SetFileName(QString()); }
+    void cleanup()
+    {
+        qputenv("TZ", "UTC");
+        ::tzset();
+    }
 
     void rowRecord()
     {
@@ -122,16 +131,24 @@ private slots:
     // The bounds count to the second, so the clock must not move on between writing and reading.
     void bounds_data()
     {
+        QTest::addColumn<QByteArray>("zone");
         QTest::addColumn<bool>("isEnd");
         QTest::addColumn<int>("seconds");
         QTest::addColumn<bool>("valid");
-        QTest::newRow("ends this second") << true << 0 << true;
-        QTest::newRow("ended a second ago") << true << -1 << false;
-        QTest::newRow("starts this second") << false << 0 << true;
-        QTest::newRow("starts in a second") << false << 1 << false;
+        for (const char *zone : {"UTC", "Asia/Taipei", "America/New_York"}) {
+            QTest::addRow("ends this second, %s", zone) << QByteArray(zone) << true << 0 << true;
+            QTest::addRow("ended a second ago, %s", zone)
+                << QByteArray(zone) << true << -1 << false;
+            QTest::addRow("starts this second, %s", zone) << QByteArray(zone) << false << 0 << true;
+            QTest::addRow("starts in a second, %s", zone)
+                << QByteArray(zone) << false << 1 << false;
+        }
     }
     void bounds()
     {
+        QFETCH(QByteArray, zone);
+        qputenv("TZ", zone);
+        ::tzset();
         QFETCH(bool, isEnd);
         QFETCH(int, seconds);
         QFETCH(bool, valid);
@@ -213,6 +230,20 @@ private slots:
         QVERIFY(parsed.blocks.at(1).first.startsWith(
             QStringLiteral(" %1:   %3\n\n %2:   %3\n\n ")
                 .arg(shown("PXCERTREAD_0007"), shown("PXCERTREAD_0008"), text)));
+    }
+
+    void identityNamesGoThroughTheLocale()
+    {
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+        Certificate certificate;
+        certificate.subject = sequence({set({attribute(kCommonName, utf8("证é"))})});
+        QTextCodec *before = QTextCodec::codecForLocale();
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+        const Parsed parsed = parse(certificate.encoded());
+        QTextCodec::setCodecForLocale(before);
+        QVERIFY(parsed.blocks.at(1).first.contains(QStringLiteral(":   ?é\n\n")));
+        QCOMPARE(parsed.row("PXCERTREAD_0020").value, QStringLiteral("证é"));
+#endif
     }
 
     void identityDates()
