@@ -116,6 +116,7 @@ private slots:
     void textsPassThroughTheLocale();
     void darkDesktop();
     void scaledDesktop();
+    void desktopOfDoubleResolution();
     void displayChoice_data();
     void displayChoice();
 };
@@ -451,15 +452,19 @@ void tst_app_process::languages_data()
 {
     QTest::addColumn<QByteArray>("section");
     QTest::addColumn<QString>("title");
-    QTest::newRow("CN") << QByteArray("CN") << QString::fromUtf8("证书查看器");
-    QTest::newRow("TW") << QByteArray("TW") << QString::fromUtf8("憑證檢視器");
-    QTest::newRow("EN") << QByteArray("EN") << QStringLiteral("Certificate Viewer");
+    QTest::addColumn<QString>("font");
+    const QString simplified = QStringLiteral("noto sans cjk sc");
+    const QString traditional = QStringLiteral("noto sans cjk tc");
+    QTest::newRow("CN") << QByteArray("CN") << QString::fromUtf8("证书查看器") << simplified;
+    QTest::newRow("TW") << QByteArray("TW") << QString::fromUtf8("憑證檢視器") << traditional;
+    QTest::newRow("EN") << QByteArray("EN") << QStringLiteral("Certificate Viewer") << simplified;
 }
 
 void tst_app_process::languages()
 {
     QFETCH(QByteArray, section);
     QFETCH(QString, title);
+    QFETCH(QString, font);
     ViewerTree tree;
     tree.speak(section);
     Program program(tree, kViewer, {example("server.pem")});
@@ -469,6 +474,7 @@ void tst_app_process::languages()
     QCOMPARE(probe.end(), 0);
     QVERIFY(probe.outputLines().contains(QStringLiteral("title=") + title));
     QVERIFY(probe.outputLines().contains(QStringLiteral("caption=") + title));
+    QVERIFY(probe.outputLines().contains(QStringLiteral("font=") + font));
     QVERIFY(probe.outputLines().filter(QStringLiteral("PXCERTREAD")).isEmpty());
 }
 
@@ -547,6 +553,22 @@ void tst_app_process::scaledDesktop()
     tree.environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QStringLiteral("1.5"));
     Program program(tree, kViewer, {example("server.pem")});
     QCOMPARE(Program::place(program.window()).size(), QSize(654, 1046));
+}
+
+// A desktop tells its scale by the resolution of its fonts.
+void tst_app_process::desktopOfDoubleResolution()
+{
+    const auto xprop = [](const QString &arguments) {
+        return QProcess::execute(QStringLiteral("xprop"), arguments.split(QLatin1Char(' ')));
+    };
+    QCOMPARE(
+        xprop(QStringLiteral("-root -f RESOURCE_MANAGER 8s -set RESOURCE_MANAGER Xft.dpi:\t192\n")),
+        0);
+    const ViewerTree tree;
+    Program program(tree, kViewer, {example("server.pem")});
+    const QString window = program.window();
+    xprop(QStringLiteral("-root -remove RESOURCE_MANAGER"));
+    QCOMPARE(Program::place(window).size(), QSize(872, 1394));
 }
 
 void tst_app_process::displayChoice_data()

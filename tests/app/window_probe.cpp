@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <QApplication>
 #include <QComboBox>
+#include <QFont>
 #include <QLabel>
 #include <QTabWidget>
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
@@ -38,5 +39,7 @@ int main(int argc, char **argv)
     auto *selector = window.findChild<QComboBox *>();
     for (int i = 0; i < selector->count(); ++i)
         say("entry", selector->itemText(i));
+    const QStringList fonts = QFont::substitutes(QStringLiteral("Microsoft YaHei"));
+    say("font", fonts.value(0).toLower()); // the toolkit may have lowered it
     return 0;
 }
