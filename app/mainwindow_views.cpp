@@ -46,9 +46,17 @@ bool hasEndlessWord(const QString &text)
     return false;
 }
 
-// Appends the text as a paragraph of its own; the box shows its beginning.
-void appendText(QPlainTextEdit *box, const QString &text)
+// Of what nobody can read the beginning will do: laid out, a line takes 400 octets of memory.
+QString readablePart(const QString &text)
 {
+    constexpr int kMostShown = 1024 * 1024;
+    return text.size() <= kMostShown ? text : text.left(kMostShown) + QChar(0x2026);
+}
+
+// Appends the text as a paragraph of its own; the box shows its beginning.
+void appendText(QPlainTextEdit *box, const QString &whole)
+{
+    const QString text = readablePart(whole);
     // Looking for the end of a word line by line takes the square of its length: a minute at 1 MB.
     if (hasEndlessWord(text))
         box->setWordWrapMode(QTextOption::WrapAnywhere);

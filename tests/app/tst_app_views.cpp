@@ -118,6 +118,7 @@ private slots:
     void hugeCells();
     void hugeWord_data();
     void hugeWord();
+    void hugeNumberOfLines();
     void manyRows();
 
 private:
@@ -577,6 +578,26 @@ void tst_app_views::hugeWord()
     details.tabs->setCurrentIndex(0);
     details.window.grab();
     QVERIFY2(timer.elapsed() < 30000, qPrintable(QString::number(timer.elapsed())));
+}
+
+// However many lines a value has, the box lays out a number that memory has room for.
+void tst_app_views::hugeNumberOfLines()
+{
+    constexpr int kMostShown = 1024 * 1024;
+    Details details;
+    const QString most(kMostShown, QLatin1Char('x'));
+    const QString lines(4 * kMostShown, QLatin1Char('\n'));
+    details.window.result_detail({{QStringLiteral("most"), QString(), most, 0},
+                                  {QStringLiteral("more"), QString(), lines, 0}});
+    details.click(0, 0);
+    QCOMPARE(details.detail(), most);
+    details.click(1, 0);
+    QCOMPARE(details.box->blockCount(), kMostShown + 1);
+    QVERIFY(details.detail().endsWith(QStringLiteral("\n…")));
+
+    details.window.result_normal(lines, 1);
+    QCOMPARE(child<QPlainTextEdit>(details.window, "plainTextEdit_normal_2")->blockCount(),
+             kMostShown + 1);
 }
 
 void tst_app_views::manyRows()
