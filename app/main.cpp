@@ -5,12 +5,15 @@
 #include "core/px_core_manager.h"
 #include "core/qt_compat.h"
 
+#include <csignal>
 #include <QDir>
 #include <QIcon>
 #include <QScreen>
 
 int main(int argc, char *argv[])
 {
+    // Whoever reads the diagnostics may end before the window does.
+    std::signal(SIGPIPE, SIG_IGN);
     startDirectory();
     program_look::chooseDisplay();
     followDesktopScale();

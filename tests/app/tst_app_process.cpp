@@ -92,6 +92,7 @@ private slots:
     void appearsOnceItIsLoaded();
     void endsByKey_data();
     void endsByKey();
+    void survivesItsReaders();
     void secondInstanceHandsOver_data();
     void secondInstanceHandsOver();
     void handsOverByMessage();
@@ -234,6 +235,21 @@ void tst_app_process::endsByKey()
     const QString window = program.window();
     QVERIFY(!window.isEmpty());
     ::key(window, key.constData());
+    QCOMPARE(program.end(), 0);
+}
+
+// What it prints goes to a process that has ended, as a file manager may have that started it.
+void tst_app_process::survivesItsReaders()
+{
+    const ViewerTree tree;
+    const QString script = tree.path("bin/unheard");
+    QVERIFY(tree.write("bin/unheard", "#!/bin/bash\n"
+                                      "exec \"${0%/*}/PXViewCertTool\" \"$@\" > >(:) 2>&1\n"));
+    QVERIFY(QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner));
+    Program program(tree, "unheard", {example("server.pem")});
+    const QString window = program.window();
+    QVERIFY(!window.isEmpty());
+    ::key(window, "Escape");
     QCOMPARE(program.end(), 0);
 }
 
