@@ -3,6 +3,6 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 tools/set-up --test
-cmake --preset release -DPX_WERROR=ON -DPX_OTHER_SUITES=ON
+cmake --preset release -DPX_WERROR=ON -DPX_OTHER_SUITES=ON -DPX_BUILD_BENCHMARKS=ON
 cmake --build --preset release -j "$(nproc)" -- --no-print-directory
 exec ctest --preset release -j "$(nproc)"
