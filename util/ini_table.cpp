@@ -71,9 +71,7 @@ Texts parse(const QByteArray &path, const QByteArray &content)
     QTemporaryFile copy;
     const bool copied = copy.open() && copy.write(content) == content.size() && copy.flush();
     QSettings settings(copied ? copy.fileName() : QFile::decodeName(path), QSettings::IniFormat);
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // since then it is always UTF-8
     readAsUtf8(settings);
-#endif
     const QStringList keys = settings.allKeys();
     texts.reserve(keys.size());
     for (const QString &key : keys)
