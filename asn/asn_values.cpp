@@ -157,7 +157,7 @@ std::int64_t localSeconds(const TimeFields &fields, unsigned int &error)
 void appendSubidentifier(std::vector<unsigned char> &octets, unsigned long value)
 {
     int shift = 0;
-    while (value >> shift >= 128 && shift < 63)
+    while (value >> shift >= 128)
         shift += 7;
     for (; shift >= 0; shift -= 7)
         octets.push_back(

@@ -99,7 +99,6 @@ int PXAsnBlock::storeData(const QByteArray &data, bool padInteger, const char *o
     if (checkTag(ASN_TAG_OCTET_STRING)) {
         sendProgress(operation, lines[1], kOctetStringStart);
         deleteChildren();
-        node->rawFlag = 1;
         sendProgress(operation, lines[2], kOctetStringEnd);
     }
     sendProgress(operation, lines[3], " end");
