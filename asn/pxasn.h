@@ -79,6 +79,8 @@ public:
     // Editing. Afterwards `update` on the document makes lengths right for `build`.
 
     int update();
+    /// The DER of the subtree, by the lengths that `update` left; empty where a leaf has outgrown
+    /// them.
     QByteArray build();
     /// Replaces the content. INTEGER: an octet 0 is put before a first octet above 0x80.
     /// OBJECT IDENTIFIER: `data` is dotted text. BIT STRING: an octet 0 is put before.

@@ -235,6 +235,19 @@ private slots:
         QCOMPARE(int(small[0]), 0xA5);
     }
 
+    // What does not fit ends the writing: nothing behind it takes its place.
+    void buildStopsAtAChildTooLong()
+    {
+        const AsnBlockPtr root = parsed(QByteArray::fromHex("3006020101020102"));
+        ASNUpdate(root.get());
+        stASN_BLOCK_HEADER *first = ASNGetChild(root.get(), 0);
+        setContent(first, QByteArray(100, 'x'));
+        ASNUpdate(first);
+        QByteArray der(8, '\0');
+        QCOMPARE(ASNBuildData(root.get(), reinterpret_cast<unsigned char *>(der.data()), 8), 1);
+        QCOMPARE(der.toHex(), QByteArray("3006000000000000"));
+    }
+
     void dataLengthIsThatOfTheLeaves()
     {
         const AsnBlockPtr two = sequenceOf(2);

@@ -363,6 +363,26 @@ private slots:
             QCOMPARE(document.getChild(i, 0)->type(), int(ASNGetChild(document.root(), i)->tag));
     }
 
+    // The object that stands for the same node as the document does may know more children.
+    void removeWhatHasNoObject()
+    {
+        Shown document;
+        QCOMPARE(document.create(0x30), 1);
+        QCOMPARE(document.addBlock(integer("01")), 1);
+        QVERIFY(document.getChild(0, 0)->addSample(0x05));
+        QCOMPARE(document.tree(), QStringLiteral("30(02:01,05:)"));
+        QCOMPARE(document.remove(1), 0);
+        QCOMPARE(document.tree(), QStringLiteral("30(02:01,05:)"));
+    }
+    void buildOfStaleLengthsIsEmpty()
+    {
+        PXAsn document(nullptr);
+        QCOMPARE(document.open(tlv(0x04, "abc")), 1);
+        QCOMPARE(document.setData("longer"), 1);
+        QCOMPARE(document.build(), QByteArray());
+        document.update();
+        QCOMPARE(document.build(), tlv(0x04, "longer"));
+    }
     void removeOfNothing()
     {
         PXAsn document(nullptr);

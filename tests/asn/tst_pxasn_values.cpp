@@ -38,6 +38,20 @@ private:
 private slots:
     void initTestCase() { GetCoreManager(); }
 
+    // Of a content too long for texts nothing is read.
+    void endlessContentCountsAsNone()
+    {
+        const AsnBlockPtr leaf(ASNAddSample(0x04, nullptr));
+        const unsigned char octet = 'x';
+        QCOMPARE(ASNSetBlockData(leaf.get(), &octet, 1), 1);
+        PXAsnBlock block(nullptr);
+        QCOMPARE(block.load(leaf.get()), 1);
+        QCOMPARE(block.contentOctets(), QByteArray("x"));
+        leaf->contentLength = 512U * 1024 * 1024 + 1;
+        QCOMPARE(block.contentOctets(), QByteArray());
+        QCOMPARE(block.toString(), QString());
+    }
+
     void text_data()
     {
         addColumns<QString>("text");
