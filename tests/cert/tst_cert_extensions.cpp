@@ -150,6 +150,8 @@ private slots:
         row("authority, serial", authority, {"AB", "01"}, issuer + "Certificate SerialNumber=01");
         row("authority, issuer", authority, {"AB", "CN", "N a m e", "O", "Org", "01 02 03"},
             issuer + "        CN=Name\n        O=Org\nCertificate SerialNumber=01 02 03");
+        row("authority, name that is a key", authority, {"AB", "PXCERTREAD_0039", "a b c", "01"},
+            issuer + "        " + shown("PXCERTREAD_0039") + "=abc\nCertificate SerialNumber=01");
         row("authority, serial as characters", authority,
             {"AB", QString::fromLatin1("a b \x01 \xff")},
             issuer + "Certificate SerialNumber=61 62 01 FF");

@@ -1,6 +1,7 @@
 #include "tests/cert/parsed.h"
 #include "tests/support/der.h"
 #include "tests/support/message_recorder.h"
+#include "tests/support/printed.h"
 
 #include "asn/pxasn.h"
 #include "cert/display_date.h"
@@ -188,6 +189,16 @@ private slots:
         parse(Certificate().encoded());
         QVERIFY(recorder.messages().contains(
             QStringLiteral("[PXCertificate::parseTBSCertificate] end")));
+    }
+
+    void whatMayBeMissingIsNotComplainedOf()
+    {
+        Certificate certificate;
+        certificate.keyInfo =
+            sequence({sequence({oid(kRsaEncryption)}), tlv(0x03, QByteArray::fromHex("0000"))});
+        certificate.extensions = sequence({});
+        const MessageRecorder debugStream; // the test's own goes to standard output
+        QCOMPARE(printedBy([&] { parse(certificate.encoded()); }), QByteArray());
     }
 
     void nameIsShownTheOtherWayRound()

@@ -92,6 +92,7 @@ private slots:
         QTest::newRow("DER") << first << known;
         QTest::newRow("DER with octets behind") << first + "garbage" << known;
         QTest::newRow("DER with armour behind") << first + armour(second) << known;
+        QTest::newRow("DER of a SET") << QByteArray(first).replace(0, 1, "\x31") << known;
         QTest::newRow("PEM") << pem << known;
         QTest::newRow("PEM, Windows line ends") << armour(first, "\r\n") << known;
         QTest::newRow("PEM, old line ends") << armour(first, "\r") << known;
@@ -107,9 +108,14 @@ private slots:
         QTest::newRow("byte order mark") << "\xEF\xBB\xBF" + pem << known;
         QTest::newRow("text form before")
             << "Certificate:\n    Data:\n        Version: 3 (0x2)\n" + pem << known;
+        QTest::newRow("text form before, Windows line ends")
+            << "Certificate:\r\n    Version: 3 (0x2)\r\n" + armour(first, "\r\n") << known;
         QTest::newRow("comment before that decodes as a SEQUENCE")
             << "MAC address\n" + pem << known;
         QTest::newRow("comment behind") << pem + "# that was it\n" << known;
+        QTest::newRow("blanks in a line, comment behind")
+            << QByteArray(pem).insert(pem.size() / 2, " ") + "# that was it\n"
+            << known;
         QTest::newRow("extra line inside")
             << QByteArray(pem).replace("-----\nM", "-----\nComment: inside the armour\nM") << known;
         QTest::newRow("several certificates") << pem + armour(second) << known;
