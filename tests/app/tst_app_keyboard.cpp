@@ -73,6 +73,7 @@ private slots:
     void keysShowTheRow_data();
     void keysShowTheRow();
     void firstKeyShowsTheFirstRow();
+    void firstKeyShowsTheCurrentRow();
     void equalNamesShowBothTexts();
     void otherKeysChangeNothing();
     void keysInAnEmptyTable();
@@ -87,6 +88,7 @@ private slots:
     void arrowsChangeTheTabAtOnce();
     void focusIsMarked();
     void mouseLeavesNoMark();
+    void anotherWindowsFocusIsNotMarked();
     void controlsHaveNames();
 };
 
@@ -140,6 +142,17 @@ void tst_app_keyboard::firstKeyShowsTheFirstRow()
     QTest::keyClick(keyed.table, Qt::Key_Down);
     QCOMPARE(keyed.table->currentRow(), 0);
     QCOMPARE(keyed.detail(), QStringLiteral("full 0"));
+}
+
+void tst_app_keyboard::firstKeyShowsTheCurrentRow()
+{
+    Keyed keyed;
+    keyed.goToTable();
+    keyed.table->setCurrentCell(5, 0);
+    keyed.table->clearSelection();
+    QTest::keyClick(keyed.table, Qt::Key_Down);
+    QCOMPARE(keyed.table->currentRow(), 5);
+    QCOMPARE(keyed.detail(), QStringLiteral("full 5"));
 }
 
 void tst_app_keyboard::equalNamesShowBothTexts()
@@ -341,6 +354,21 @@ void tst_app_keyboard::mouseLeavesNoMark()
     QVERIFY(!mark->isVisible());
 }
 
+void tst_app_keyboard::anotherWindowsFocusIsNotMarked()
+{
+    Keyed keyed;
+    auto *mark = keyed.window.findChild<FocusMark *>();
+    QTest::keyClick(keyed.focused(), Qt::Key_Tab);
+    QVERIFY(mark->isVisible());
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    other.setFocus();
+    QVERIFY(QTest::qWaitForWindowActive(&other));
+    QTRY_COMPARE(keyed.focused(), &other);
+    QVERIFY(!mark->isVisible());
+}
+
 void tst_app_keyboard::controlsHaveNames()
 {
     MainWindow window;
@@ -351,6 +379,8 @@ void tst_app_keyboard::controlsHaveNames()
     QCOMPARE(named("plainTextEdit_normal"), shown("PXCERTREAD_0070"));
     QCOMPARE(named("plainTextEdit_normal_2"), shown("PXCERTREAD_0071"));
     QCOMPARE(labelOf(child<QWidget>(window, "comboBox_selection")), shown("PXCERTREAD_0069"));
+    QCOMPARE(child<QComboBox>(window, "comboBox_selection")->accessibleName(),
+             shown("PXCERTREAD_0069"));
     QCOMPARE(named("tableWidget_detailinfo"), shown("PXCERTREAD_0072"));
     QCOMPARE(named("plainTextEdit_detail_2"), shown("PXCERTREAD_0073"));
     QCOMPARE(nameOf(&window), window.windowTitle());

@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFrame>
+#include <QHeaderView>
 #include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QTableWidget>
@@ -55,6 +56,9 @@ struct Details
     QPlainTextEdit *box = child<QPlainTextEdit>(window, "plainTextEdit_detail_2");
 };
 
+// As long as an identifier may get: several lines of the first column.
+constexpr const char *kLongName = "1.2.840.113556.1.8000.2554.1073741823.1073741823.1073741823.40";
+
 // Two basic fields and three extensions, two of which bear the same name.
 std::vector<detail_node> fiveRows()
 {
@@ -99,6 +103,8 @@ private slots:
     void clickShowsTheFullText();
     void aSelectedRowIsOfOneColour();
     void aLastLineEndIsNotMarkedAsCutOff();
+    void rowsAreAsHighBeforeTheWindowIsShown();
+    void onlyTheFirstRowsTakeTheirNamesHeight();
     void clickOnTheEmptyAreaShowsNothing();
     void namesAreComparedExactly();
     void emptyFullTexts();
@@ -309,12 +315,38 @@ void tst_app_views::aLastLineEndIsNotMarkedAsCutOff()
     Details ended;
     Details plain;
     Details twoLines;
+    Details endedTwice;
     ended.window.result_detail({row("name", "value\n", "full", 0)});
     plain.window.result_detail({row("name", "value", "full", 0)});
     twoLines.window.result_detail({row("name", "value\nmore", "full", 0)});
+    endedTwice.window.result_detail({row("name", "value\n\n", "full", 0)});
     const QImage expected = plain.table->viewport()->grab().toImage();
     QCOMPARE(ended.table->viewport()->grab().toImage(), expected);
+    QCOMPARE(endedTwice.table->viewport()->grab().toImage(), expected);
     QVERIFY(twoLines.table->viewport()->grab().toImage() != expected);
+}
+
+// A certificate is loaded before the window is shown, and then once more by the selector.
+void tst_app_views::rowsAreAsHighBeforeTheWindowIsShown()
+{
+    MainWindow window;
+    auto *table = child<QTableWidget>(window, "tableWidget_detailinfo");
+    window.result_detail({row(kLongName, "value", "full", 0)});
+    const int height = table->rowHeight(0);
+    QVERIFY(height > table->verticalHeader()->defaultSectionSize());
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    child<QComboBox>(window, "comboBox_selection")->setCurrentIndex(1);
+    QCOMPARE(table->rowHeight(0), height);
+}
+
+void tst_app_views::onlyTheFirstRowsTakeTheirNamesHeight()
+{
+    Details details;
+    details.window.result_detail(std::vector<detail_node>(201, row(kLongName, "value", "full", 0)));
+    const int oneLine = details.table->verticalHeader()->defaultSectionSize();
+    QVERIFY(details.table->rowHeight(199) > oneLine);
+    QCOMPARE(details.table->rowHeight(200), oneLine);
 }
 
 void tst_app_views::clickOnTheEmptyAreaShowsNothing()

@@ -290,6 +290,7 @@ void tst_app_window::twoLinesShareAName()
     QCOMPARE(lines.at(1)->geometry(), QRect(39, 342, 360, 1));
     for (const QFrame *line : lines) {
         QCOMPARE(line->styleSheet(), QStringLiteral("#lineEnd2{color:rgba(236,236,236);}"));
+        QCOMPARE(line->palette().color(QPalette::WindowText), QColor(236, 236, 236));
         QCOMPARE(line->frameShadow(), QFrame::Plain);
         QCOMPARE(line->midLineWidth(), 1);
         QCOMPARE(line->frameShape(), QFrame::HLine);
@@ -455,6 +456,9 @@ void tst_app_window::boxes()
         QVERIFY(box->isReadOnly());
         QCOMPARE(box->toPlainText(), QString());
     }
+    // The form's vertical lines would show at their ends.
+    for (const char *name : {"plainTextEdit_normal", "plainTextEdit_normal_2"})
+        QCOMPARE(child<QPlainTextEdit>(window, name)->lineWidth(), 0);
     QCOMPARE(child<QTabWidget>(window, "tabWidget")->currentIndex(), 0);
 }
 
