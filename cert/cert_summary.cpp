@@ -33,8 +33,9 @@ QString nameLine(const char *key, const QString &commonName, const QString &orga
 QString c_pxcert::statusBlock() const
 {
     QString block;
-    if (!isCertValid() || m_purposes.empty()) {
-        block = headLine(isCertValid() ? "PXCERTREAD_0006" : "PXCERTREAD_0075");
+    const bool isValid = isCertValid();
+    if (!isValid || m_purposes.empty()) {
+        block = headLine(isValid ? "PXCERTREAD_0006" : "PXCERTREAD_0075");
         qDebug() << block;
     } else {
         block = QStringLiteral(" %1\n      -%2\n      -%3");
