@@ -37,7 +37,8 @@ bool fitsSocketAddress(const QString &path)
 // For users without a folder of the session's: one of their own beside those of all others.
 QString ownTemporaryFolder()
 {
-    QString path = QDir(QDir::tempPath()).absolutePath() +
+    const QString named = QDir::tempPath(); // empty when the folder that TMPDIR names is missing
+    QString path = (named.isEmpty() ? QStringLiteral("/tmp") : QDir(named).absolutePath()) +
                    QStringLiteral("/orvane-instance-%1").arg(::geteuid());
     ::mkdir(QFile::encodeName(path).constData(), kOwnerOnly);
     return path;

@@ -122,6 +122,7 @@ private slots:
     void lockThatCannotBeTaken_data();
     void lockThatCannotBeTaken();
     void temporaryPathTooLongForASocket();
+    void missingTemporaryFolder();
 
 private:
     QString inside(const char *name) const { return m_root->filePath(QLatin1String(name)); }
@@ -462,6 +463,20 @@ void TestInstanceProcesses::temporaryPathTooLongForASocket()
     QCOMPARE(second.become(), QByteArray("second failed"));
     QVERIFY(second.endsWell());
     QVERIFY(first.notices().startsWith("no messages from later instances: "));
+}
+
+void TestInstanceProcesses::missingTemporaryFolder()
+{
+    const QByteArray before = qgetenv("TMPDIR");
+    qputenv("TMPDIR", inside("missing").toLocal8Bit());
+    qunsetenv("XDG_RUNTIME_DIR");
+    QDir::setCurrent(inside("run"));
+    const InstanceLock lock(QStringLiteral("probe of the guard"));
+    qputenv("TMPDIR", before);
+    QVERIFY2(
+        lock.socketPath().startsWith(QStringLiteral("/tmp/orvane-instance-%1/").arg(::geteuid())),
+        qPrintable(lock.socketPath()));
+    QVERIFY(QDir(inside("run")).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestInstanceProcesses)
