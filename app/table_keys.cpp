@@ -26,6 +26,11 @@ TableKeys::TableKeys(QTableWidget *table)
 {
     table->setTabKeyNavigation(false); // Tab leaves the table
     table->installEventFilter(this);
+    // No click comes of it when the mouse is pressed on one row and released on another.
+    connect(table, &QTableWidget::entered, this, [this](const QModelIndex &index) {
+        if (QGuiApplication::mouseButtons() & Qt::LeftButton)
+            emit rowChosen(index);
+    });
 }
 
 bool TableKeys::eventFilter(QObject *watched, QEvent *event)
@@ -55,6 +60,8 @@ void TableKeys::move(QKeyEvent *key)
         m_table->setCurrentCell(qMax(before, 0), 0); // the first key takes the row it finds
     else
         static_cast<QObject *>(m_table)->event(key);
+    if (isMove)
+        m_table->selectRow(m_table->currentRow()); // which Ctrl leaves as it was, or takes back
     if (isMove || m_table->currentRow() != before)
         emit rowChosen(m_table->currentIndex());
 }

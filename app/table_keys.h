@@ -8,7 +8,7 @@ class QTableWidget;
 
 /// Makes a table of rows usable by keyboard: every key that moves through the rows shows the row it
 /// arrives at, Home and End go to the first and the last one, and copying takes the row's full
-/// value.
+/// value. Dragging the mouse, which moves the selection as keys do, shows the row as well.
 class TableKeys : public QObject
 {
     Q_OBJECT

@@ -94,7 +94,7 @@ private slots:
 
 void tst_app_keyboard::keysShowTheRow_data()
 {
-    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("key"); // with its modifiers
     QTest::addColumn<int>("from");
     QTest::addColumn<int>("to");
     QTest::newRow("down") << int(Qt::Key_Down) << 4 << 5;
@@ -108,6 +108,11 @@ void tst_app_keyboard::keysShowTheRow_data()
     // A page is as many rows as the table shows whole.
     QTest::newRow("page down") << int(Qt::Key_PageDown) << 0 << -1;
     QTest::newRow("page up") << int(Qt::Key_PageUp) << 29 << -1;
+    for (const int modifier : {Qt::ControlModifier, Qt::ShiftModifier}) {
+        QTest::addRow("down with %x", modifier) << (Qt::Key_Down | modifier) << 4 << 5;
+        QTest::addRow("right with %x", modifier) << (Qt::Key_Right | modifier) << 5 << 5;
+        QTest::addRow("end with %x", modifier) << (Qt::Key_End | modifier) << 12 << 29;
+    }
     QTest::newRow("a letter") << int(Qt::Key_F) << 4 << 5;
 }
 
@@ -120,7 +125,8 @@ void tst_app_keyboard::keysShowTheRow()
     keyed.goToTable();
     keyed.table->setCurrentCell(from, 0);
     QCOMPARE(keyed.detail(), QString()); // a program's doing shows nothing
-    QTest::keyClick(keyed.table, static_cast<Qt::Key>(key));
+    QTest::keyClick(keyed.table, static_cast<Qt::Key>(key & ~int(Qt::KeyboardModifierMask)),
+                    Qt::KeyboardModifiers(key & int(Qt::KeyboardModifierMask)));
 
     const int row = keyed.table->currentRow();
     if (to >= 0)

@@ -141,6 +141,8 @@ private slots:
     void closeButtonWouldChangeItsFace();
     void tabs();
     void rows();
+    void draggingOverRowsShowsTheSelectedOne();
+    void otherButtonsOverRowsShowNothing();
     void selector();
     void keyboard();
     void theTextBoxesHaveNoMenu();
@@ -360,6 +362,35 @@ void tst_app_mouse::rows()
     QVERIFY(screen.shows("V3"));
     clickAt(screen.cell(3, 1));
     QVERIFY(screen.shows("the name\nanother name"));
+}
+
+void tst_app_mouse::draggingOverRowsShowsTheSelectedOne()
+{
+    OnScreen screen;
+    screen.tabs->setCurrentIndex(1);
+    xdotool(moveTo(screen.cell(0, 0)));
+    press(1);
+    xdotool(moveTo(screen.cell(1, 1)));
+    xdotool(moveTo(screen.cell(2, 1)));
+    QVERIFY(screen.shows("all usages"));
+    release(1);
+    QCOMPARE(screen.table->selectionModel()->selectedRows().size(), 1);
+    QCOMPARE(screen.table->selectionModel()->selectedRows().first().row(), 2);
+    QCOMPARE(screen.box->toPlainText(), QStringLiteral("all usages"));
+}
+
+void tst_app_mouse::otherButtonsOverRowsShowNothing()
+{
+    OnScreen screen;
+    screen.tabs->setCurrentIndex(1);
+    for (const int button : {2, 3}) {
+        xdotool(moveTo(screen.cell(0, 0)));
+        press(button);
+        xdotool(moveTo(screen.cell(1, 1)));
+        xdotool(moveTo(screen.cell(2, 1)));
+        release(button);
+        QCOMPARE(screen.box->toPlainText(), QString());
+    }
 }
 
 void tst_app_mouse::selector()
