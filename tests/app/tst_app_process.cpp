@@ -3,6 +3,7 @@
 #include "app/program_look.h"
 #include "tests/app/viewer_tree.h"
 
+#include <limits>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QImage>
@@ -301,13 +302,16 @@ void tst_app_process::waitsFourSecondsForAnAnswer()
     const ViewerTree tree;
     InstanceLock lock = lockOf(tree);
     QCOMPARE(lock.acquire(), InstanceLock::Result::Held);
-    Program second(tree, kViewer, {example("server.pem")});
-    QVERIFY(second.says("this is already running"));
-    QElapsedTimer timer;
-    timer.start();
-    QCOMPARE(second.end(), 0);
-    const qint64 waited = timer.elapsed();
-    QVERIFY2(waited > 3500 && waited < 4900, qPrintable(QString::number(waited)));
+    qint64 shortest = std::numeric_limits<qint64>::max(); // a busy machine adds to it
+    for (int i = 0; i < 4 && shortest > 4900; ++i) {
+        Program second(tree, kViewer, {example("server.pem")});
+        QVERIFY(second.says("this is already running"));
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(second.end(), 0);
+        shortest = qMin(shortest, timer.elapsed());
+    }
+    QVERIFY2(shortest > 3500 && shortest < 4900, qPrintable(QString::number(shortest)));
 }
 
 void tst_app_process::appearsWhenLoadingFails_data()
