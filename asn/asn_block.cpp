@@ -24,11 +24,6 @@ struct ElementSize
     unsigned int content;
 };
 
-bool isConstructed(unsigned char tag)
-{
-    return (tag & ASN_TAG_CONSTRUCTED) != 0;
-}
-
 bool holdsChildren(const stASN_BLOCK_HEADER *node)
 {
     return isConstructed(node->tag) || (node->tag == ASN_TAG_OCTET_STRING && node->rawFlag == 0);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "asn/asn_tags.h"
+
 #include <memory>
 
 /// A tree of DER elements (X.690): parsing, lengths, re-encoding and editing, as free functions
@@ -41,10 +43,6 @@ struct stASN_CHILD_CELL
     stASN_BLOCK_HEADER *child;
     stASN_CHILD_CELL *next;
 };
-
-constexpr unsigned char ASN_TAG_CONSTRUCTED = 0x20; ///< the bit, not a tag
-constexpr unsigned char ASN_TAG_OCTET_STRING = 0x04;
-constexpr unsigned char ASN_TAG_EXTENSIONS = 0xA3; ///< [3] of a TBSCertificate
 
 /// Limits of one parse: what is nested deeper (the outermost element has depth 1) or comes after so
 /// many elements does not parse.

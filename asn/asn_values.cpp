@@ -10,10 +10,6 @@
 
 namespace {
 
-constexpr unsigned char kBitString = 0x03;
-constexpr unsigned char kUtcTime = 0x17;
-constexpr unsigned char kGeneralizedTime = 0x18;
-
 constexpr int kSecondsPerDay = 86400;
 
 struct TimeFields
@@ -188,14 +184,14 @@ long long ASNGetTime(const stASN_BLOCK_HEADER *leaf, unsigned int *error)
     unsigned int ownError = 0;
     unsigned int &code = error ? *error : ownError;
     code = ASN_TIME_MALFORMED;
-    if (!leaf || (leaf->tag != kUtcTime && leaf->tag != kGeneralizedTime) ||
+    if (!leaf || (leaf->tag != ASN_TAG_UTC_TIME && leaf->tag != ASN_TAG_GENERALIZED_TIME) ||
         leaf->contentLength > kLongestText)
         return 0;
     char text[kLongestText + 1] = {};
     if (leaf->contentLength > 0)
         std::memcpy(text, leaf->content, leaf->contentLength);
     TimeFields fields;
-    if (!readFields(text, leaf->tag == kGeneralizedTime, fields))
+    if (!readFields(text, leaf->tag == ASN_TAG_GENERALIZED_TIME, fields))
         return 0;
     return fields.isLocal ? localSeconds(fields, code) : utcSeconds(fields, code);
 }
@@ -259,7 +255,7 @@ int ASNGetOIDData(const char *text, unsigned char *output, unsigned int *outputL
 
 int ASNGetBitStringData(const stASN_BLOCK_HEADER *leaf, stASN_BIT_STRING *record)
 {
-    if (!leaf || !record || leaf->tag != kBitString || leaf->contentLength == 0)
+    if (!leaf || !record || leaf->tag != ASN_TAG_BIT_STRING || leaf->contentLength == 0)
         return 0;
     const unsigned int length = leaf->contentLength - 1;
     auto *data = static_cast<unsigned char *>(std::malloc(length > 0 ? length : 1));
@@ -272,7 +268,7 @@ int ASNGetBitStringData(const stASN_BLOCK_HEADER *leaf, stASN_BIT_STRING *record
 
 int ASNSetBitStringDataEx(stASN_BLOCK_HEADER *leaf, const stASN_BIT_STRING *record)
 {
-    if (!leaf || !record || leaf->tag != kBitString)
+    if (!leaf || !record || leaf->tag != ASN_TAG_BIT_STRING)
         return 0;
     return ASNSetBitStringData(leaf, record->data, record->length, record->unusedBits);
 }
@@ -280,7 +276,7 @@ int ASNSetBitStringDataEx(stASN_BLOCK_HEADER *leaf, const stASN_BIT_STRING *reco
 int ASNSetBitStringData(stASN_BLOCK_HEADER *leaf, const unsigned char *data, unsigned int length,
                         unsigned char unusedBits)
 {
-    if (!leaf || leaf->tag != kBitString || (!data && length > 0))
+    if (!leaf || leaf->tag != ASN_TAG_BIT_STRING || (!data && length > 0))
         return 0;
     const unsigned int size = length + 1;
     if (size == 0)

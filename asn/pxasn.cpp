@@ -12,14 +12,6 @@
 
 namespace {
 
-enum Tag {
-    IntegerTag = 0x02,
-    BitStringTag = 0x03,
-    ObjectIdentifierTag = 0x06,
-    Utf8StringTag = 0x0C,
-    BmpStringTag = 0x1E
-};
-
 // Beyond that, sizes of texts made from a content would no longer fit into an int.
 constexpr unsigned int kMostOctets = 512U * 1024 * 1024;
 
@@ -142,7 +134,7 @@ PXAsnBlock *PXAsnBlock::getChild(int index, int checkType) const
 
 QByteArray PXAsnBlock::contentOctets() const
 {
-    if (!node || (node->tag & ASN_TAG_CONSTRUCTED) != 0 || node->rawFlag != 1 || !node->content ||
+    if (!node || isConstructed(node->tag) || node->rawFlag != 1 || !node->content ||
         node->contentLength > kMostOctets)
         return {};
     return {reinterpret_cast<const char *>(node->content), static_cast<int>(node->contentLength)};
@@ -152,13 +144,13 @@ PXAsnBlock::operator QString() const
 {
     const QByteArray content = contentOctets();
     switch (type()) {
-    case ObjectIdentifierTag:
+    case ASN_TAG_OBJECT_IDENTIFIER:
         return nameOfIdentifier(content);
-    case BitStringTag:
+    case ASN_TAG_BIT_STRING:
         return latin1(content.mid(1));
-    case Utf8StringTag:
+    case ASN_TAG_UTF8_STRING:
         return QString::fromUtf8(content.constData(), content.size());
-    case BmpStringTag:
+    case ASN_TAG_BMP_STRING:
         return textOfBmp(content);
     default:
         return latin1(content);
@@ -169,9 +161,9 @@ PXAsnBlock::operator QByteArray() const
 {
     QByteArray content = contentOctets();
     switch (type()) {
-    case BitStringTag:
+    case ASN_TAG_BIT_STRING:
         return content.mid(1);
-    case BmpStringTag:
+    case ASN_TAG_BMP_STRING:
         return octetsOfBmp(content);
     default:
         return content;
@@ -181,7 +173,7 @@ PXAsnBlock::operator QByteArray() const
 PXAsnBlock::operator int() const
 {
     const QByteArray content = contentOctets();
-    if (type() != IntegerTag)
+    if (type() != ASN_TAG_INTEGER)
         return 0;
     if (content.size() == 1)
         return static_cast<unsigned char>(content.at(0));

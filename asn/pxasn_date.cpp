@@ -4,8 +4,6 @@
 
 namespace {
 
-constexpr int kUtcTimeTag = 0x17;
-constexpr int kGeneralizedTimeTag = 0x18;
 constexpr int kUtcTimeLength = 13;
 constexpr int kGeneralizedTimeLength = 15;
 constexpr int kUtcYearDigits = 2;
@@ -70,13 +68,13 @@ PXAsnBlock::operator QDateTime() const
     const QString text = toString();
     qDebug() << "[PXAsn::operator QDateTime]...";
     qDebug() << "text: " << text;
-    if (!checkTag(kUtcTimeTag) && !checkTag(kGeneralizedTimeTag))
+    if (!checkTag(ASN_TAG_UTC_TIME) && !checkTag(ASN_TAG_GENERALIZED_TIME))
         return {};
-    const int yearDigits = checkTag(kUtcTimeTag) ? kUtcYearDigits : kGeneralizedYearDigits;
+    const int yearDigits = checkTag(ASN_TAG_UTC_TIME) ? kUtcYearDigits : kGeneralizedYearDigits;
     // Deliberate: the two digits of a UTCTime are the year as they stand, without a century.
     CivilTime civil = civilTime(text, yearDigits, text.left(yearDigits).toInt());
-    if (checkTag(kUtcTimeTag) && text.size() == kUtcTimeLength && text.endsWith(QLatin1Char('Z')) &&
-        civil.time.isValid())
+    if (checkTag(ASN_TAG_UTC_TIME) && text.size() == kUtcTimeLength &&
+        text.endsWith(QLatin1Char('Z')) && civil.time.isValid())
         civil.time = movedToLocal(civil.time);
     return dateTime(civil, Qt::LocalTime, 0);
 }

@@ -9,18 +9,8 @@ using core_calls::sendProgress;
 
 namespace {
 
-constexpr int kIntegerTag = 0x02;
-constexpr int kBitStringTag = 0x03;
-constexpr int kObjectIdentifierTag = 0x06;
-constexpr int kSequenceTag = 0x30;
-
 constexpr const char *kOctetStringStart = " set data ASN_TAG_TYPE_OCTET_STRING start";
 constexpr const char *kOctetStringEnd = " set data ASN_TAG_TYPE_OCTET_STRING end";
-
-bool isConstructed(int tag)
-{
-    return (tag & ASN_TAG_CONSTRUCTED) != 0;
-}
 
 const unsigned char *octetsOf(const QByteArray &data)
 {
@@ -47,8 +37,8 @@ QByteArray encodedIdentifier(const QByteArray &dotted)
 int PXAsn::create(int tag)
 {
     sendProgress("create", 18, " start");
-    stASN_BLOCK_HEADER *root = isConstructed(tag) ? ASNAddStruct(kSequenceTag, nullptr)
-                                                  : ASNAddSample(kSequenceTag, nullptr);
+    stASN_BLOCK_HEADER *root = isConstructed(tag) ? ASNAddStruct(ASN_TAG_SEQUENCE, nullptr)
+                                                  : ASNAddSample(ASN_TAG_SEQUENCE, nullptr);
     if (!root)
         return 0;
     close();
@@ -89,10 +79,11 @@ int PXAsnBlock::storeData(const QByteArray &data, bool padInteger, const char *o
                           const int (&lines)[4])
 {
     sendProgress(operation, lines[0], " start");
-    QByteArray content = checkTag(kObjectIdentifierTag) ? encodedIdentifier(data) : data;
+    QByteArray content = checkTag(ASN_TAG_OBJECT_IDENTIFIER) ? encodedIdentifier(data) : data;
     // Deliberate: a first octet of exactly 0x80 gets none put before it.
     const bool hasHighFirstOctet = !data.isEmpty() && static_cast<unsigned char>(data.at(0)) > 0x80;
-    if (checkTag(kBitStringTag) || (padInteger && checkTag(kIntegerTag) && hasHighFirstOctet))
+    if (checkTag(ASN_TAG_BIT_STRING) ||
+        (padInteger && checkTag(ASN_TAG_INTEGER) && hasHighFirstOctet))
         content.prepend('\0');
     if (!ASNSetBlockData(node, octetsOf(content), sizeOf(content)))
         return 0;

@@ -12,7 +12,6 @@ namespace {
 constexpr int kTbsCertificate = 0;
 constexpr int kExtensions = 7; // of a v3 certificate without unique identifiers
 constexpr int kFieldsWithoutExtensions = 6;
-constexpr int kSequenceTag = 0x30;
 
 // A date-time as its clock shows it, to the second, whatever zone it is in.
 std::pair<QDate, int> clockSeconds(const QDateTime &time)
@@ -46,7 +45,7 @@ bool c_pxcert::parse_cert(QByteArray certificate)
     PXAsn fromArmour(nullptr);
     PXAsn *document = &asReceived;
     // PEM text opens "successfully" as well, as something else: only a SEQUENCE is a certificate.
-    if (!asReceived.checkTag(kSequenceTag)) {
+    if (!asReceived.checkTag(ASN_TAG_SEQUENCE)) {
         const QByteArray block = cert_file::firstArmouredBlock(certificate);
         if (!block.isEmpty()) {
             fromArmour.open(block);

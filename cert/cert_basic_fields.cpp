@@ -8,17 +8,7 @@
 
 namespace {
 
-enum Tag {
-    AnyTag = 0,
-    IntegerTag = 2,
-    BitStringTag = 3,
-    ObjectIdentifierTag = 6,
-    UtcTimeTag = 23,
-    GeneralizedTimeTag = 24,
-    SequenceTag = 48,
-    SetTag = 49,
-    VersionTag = 160
-};
+constexpr int kAnyTag = 0;
 
 bool fail(const char *field)
 {
@@ -41,9 +31,9 @@ bool readTime(PXAsnBlock *block, QDateTime &time)
     const QString text = block->toString();
     if (!text.endsWith(QLatin1Char('Z')))
         return false;
-    if (block->checkTag(UtcTimeTag) && text.size() == kUtcTimeLength)
+    if (block->checkTag(ASN_TAG_UTC_TIME) && text.size() == kUtcTimeLength)
         time = c_pxcert::fromUTCTime(text);
-    else if (block->checkTag(GeneralizedTimeTag) && text.size() == kGeneralizedTimeLength)
+    else if (block->checkTag(ASN_TAG_GENERALIZED_TIME) && text.size() == kGeneralizedTimeLength)
         time = c_pxcert::fromGeneralizedTime(text);
     else
         return false;
@@ -77,20 +67,20 @@ QDateTime eightHoursLater(int year, const QString &text, int monthPosition)
 
 bool c_pxcert::parseTBSCertificate_basedata(PXAsnBlock *document)
 {
-    PXAsnBlock *tbs = document ? document->getChild(0, SequenceTag) : nullptr;
+    PXAsnBlock *tbs = document ? document->getChild(0, ASN_TAG_SEQUENCE) : nullptr;
     if (!tbs)
         return false;
     int next = 0;
     if (!readVersion(tbs, next))
         return false;
-    const bool complete = readSerialNumber(tbs->getChild(next, IntegerTag)) &&
-                          readSignatureAlgorithm(tbs->getChild(next + 1, SequenceTag)) &&
-                          readName(tbs->getChild(next + 2, SequenceTag), "issuer",
+    const bool complete = readSerialNumber(tbs->getChild(next, ASN_TAG_INTEGER)) &&
+                          readSignatureAlgorithm(tbs->getChild(next + 1, ASN_TAG_SEQUENCE)) &&
+                          readName(tbs->getChild(next + 2, ASN_TAG_SEQUENCE), "issuer",
                                    "PXCERTREAD_0017", &c_pxcert::parseTBSIssuer) &&
-                          readValidity(tbs->getChild(next + 3, SequenceTag)) &&
-                          readName(tbs->getChild(next + 4, SequenceTag), "subject",
+                          readValidity(tbs->getChild(next + 3, ASN_TAG_SEQUENCE)) &&
+                          readName(tbs->getChild(next + 4, ASN_TAG_SEQUENCE), "subject",
                                    "PXCERTREAD_0020", &c_pxcert::parseTBSSubject) &&
-                          readPublicKey(tbs->getChild(next + 5, SequenceTag));
+                          readPublicKey(tbs->getChild(next + 5, ASN_TAG_SEQUENCE));
     if (complete)
         qDebug() << "[PXCertificate::parseTBSCertificate] end";
     return complete;
@@ -100,12 +90,12 @@ bool c_pxcert::parseTBSCertificate_basedata(PXAsnBlock *document)
 bool c_pxcert::readVersion(PXAsnBlock *tbs, int &next)
 {
     next = 0;
-    PXAsnBlock *wrapper = tbs->getChild(0, VersionTag);
+    PXAsnBlock *wrapper = tbs->getChild(0, ASN_TAG_VERSION);
     if (!wrapper) {
         fail("version");
         return true;
     }
-    PXAsnBlock *version = wrapper->getChild(0, IntegerTag);
+    PXAsnBlock *version = wrapper->getChild(0, ASN_TAG_INTEGER);
     if (!version)
         return fail("version2");
     m_version = version->toInt();
@@ -130,7 +120,7 @@ bool c_pxcert::readSignatureAlgorithm(PXAsnBlock *signature)
 {
     if (!signature)
         return fail("signature");
-    PXAsnBlock *algorithm = signature->getChild(0, ObjectIdentifierTag);
+    PXAsnBlock *algorithm = signature->getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!algorithm)
         return fail("signature2");
     m_signatureAlgorithm = nameOfIdentifier(algorithm);
@@ -148,11 +138,11 @@ bool c_pxcert::readName(PXAsnBlock *name, const char *field, const char *rowKey,
     QStringList lines;
     QStringList values;
     for (int i = 0; i < name->getChildCount(); ++i) {
-        PXAsnBlock *relativeName = name->getChild(i, SetTag);
+        PXAsnBlock *relativeName = name->getChild(i, ASN_TAG_SET);
         if (!relativeName)
             return fail("relativeDistinguishedName");
         for (int j = 0; j < relativeName->getChildCount(); ++j) {
-            PXAsnBlock *attribute = relativeName->getChild(j, SequenceTag);
+            PXAsnBlock *attribute = relativeName->getChild(j, ASN_TAG_SEQUENCE);
             if (!attribute)
                 return fail("attributeTypeAndValue");
             QString line;
@@ -184,11 +174,11 @@ bool c_pxcert::parseAttribute(PXAsnBlock *attribute, QString &line, QString &val
 {
     if (!attribute)
         return false;
-    PXAsnBlock *type = attribute->getChild(0, ObjectIdentifierTag);
+    PXAsnBlock *type = attribute->getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!type)
         return fail("type");
     const QString name = nameOfIdentifier(type);
-    PXAsnBlock *content = attribute->getChild(1, AnyTag);
+    PXAsnBlock *content = attribute->getChild(1, kAnyTag);
     if (!content)
         return fail("value");
     value = c_language::GetLangPtr()->GetValue(content->toString());
@@ -205,13 +195,13 @@ bool c_pxcert::readValidity(PXAsnBlock *validity)
 {
     if (!validity)
         return fail("validity");
-    PXAsnBlock *notBefore = validity->getChild(0, AnyTag);
+    PXAsnBlock *notBefore = validity->getChild(0, kAnyTag);
     if (!notBefore)
         return fail("notBefore");
     QDateTime start;
     if (!readTime(notBefore, start))
         return fail("notBeforeValue");
-    PXAsnBlock *notAfter = validity->getChild(1, AnyTag);
+    PXAsnBlock *notAfter = validity->getChild(1, kAnyTag);
     if (!notAfter)
         return fail("notAfter");
     QDateTime end;
@@ -247,17 +237,18 @@ QDateTime c_pxcert::fromGeneralizedTime(const QString &text)
 // SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
 bool c_pxcert::readPublicKey(PXAsnBlock *keyInfo)
 {
-    PXAsnBlock *algorithm = keyInfo ? keyInfo->getChild(0, SequenceTag) : nullptr;
+    PXAsnBlock *algorithm = keyInfo ? keyInfo->getChild(0, ASN_TAG_SEQUENCE) : nullptr;
     if (!algorithm)
         return fail("subjectPublicKeyInfoAlgorithm");
-    PXAsnBlock *identifier = algorithm->getChild(0, ObjectIdentifierTag);
+    PXAsnBlock *identifier = algorithm->getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!identifier)
         return fail("subjectPublicKeyInfoAlgorithmOID1");
     m_publicKeyAlgorithm = nameOfIdentifier(identifier);
-    PXAsnBlock *curve =
-        algorithm->getChildCount() > 1 ? algorithm->getChild(1, ObjectIdentifierTag) : nullptr;
+    PXAsnBlock *curve = algorithm->getChildCount() > 1
+                            ? algorithm->getChild(1, ASN_TAG_OBJECT_IDENTIFIER)
+                            : nullptr;
     m_publicKeyParameter = curve ? nameOfIdentifier(curve) : QString();
-    PXAsnBlock *key = keyInfo->getChild(1, BitStringTag);
+    PXAsnBlock *key = keyInfo->getChild(1, ASN_TAG_BIT_STRING);
     if (!key)
         return fail("subjectPublicKey");
     m_publicKey = key->contentOctets();

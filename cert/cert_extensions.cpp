@@ -10,8 +10,6 @@ namespace {
 
 using Values = std::vector<QString>;
 
-constexpr int kObjectIdentifierTag = 6;
-
 QString languageText(const QString &key)
 {
     return c_language::GetLangPtr()->GetValue(key);
@@ -314,7 +312,7 @@ bool c_pxcert::parseTBSCertificate_extendata(PXAsnBlock *extensions)
             PXAsnBlock *extension = list->getChild(j, 0);
             if (extension->getChildCount() == 0)
                 continue;
-            PXAsnBlock *identifier = extension->getChild(0, kObjectIdentifierTag);
+            PXAsnBlock *identifier = extension->getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
             if (!identifier)
                 continue;
             const QString name = languageText(identifier->toString());

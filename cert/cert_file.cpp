@@ -11,7 +11,6 @@ namespace {
 
 constexpr const char *kBeginLine = "-----BEGIN CERTIFICATE-----";
 constexpr const char *kEndLine = "-----END CERTIFICATE-----";
-constexpr char kSequence = 0x30;
 
 QByteArray decodeBase64(const QByteArray &text)
 {
@@ -20,7 +19,7 @@ QByteArray decodeBase64(const QByteArray &text)
 
 bool isOneSequence(const QByteArray &octets)
 {
-    return octets.startsWith(kSequence) &&
+    return octets.startsWith(ASN_TAG_SEQUENCE) &&
            ASNCalcBlockLength(reinterpret_cast<const unsigned char *>(octets.constData()),
                               static_cast<unsigned int>(octets.size())) ==
                static_cast<unsigned int>(octets.size());
