@@ -72,7 +72,8 @@ PXAsnBlock::operator QDateTime() const
         return {};
     const int yearDigits = checkTag(ASN_TAG_UTC_TIME) ? kUtcYearDigits : kGeneralizedYearDigits;
     // Deliberate: the two digits of a UTCTime are the year as they stand, without a century.
-    CivilTime civil = civilTime(text, yearDigits, text.left(yearDigits).toInt());
+    const QString year = text.left(yearDigits);
+    CivilTime civil = civilTime(text, yearDigits, year.toInt());
     if (checkTag(ASN_TAG_UTC_TIME) && text.size() == kUtcTimeLength &&
         text.endsWith(QLatin1Char('Z')) && civil.time.isValid())
         civil.time = movedToLocal(civil.time);

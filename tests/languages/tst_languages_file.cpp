@@ -305,7 +305,8 @@ void tst_languages_file::capitalisesEnglishNamesOfExtensions()
     const QRegularExpression remark(QStringLiteral(R"( \(.*\)$)"));
     const QRegularExpression smallWord(QStringLiteral(R"(\b(?!of\b|the\b|v[0-9])[a-z])"));
     int count = 0;
-    for (const tables::Row &row : tables::read("oids.tsv")) {
+    const QVector<tables::Row> identifiers = tables::read("oids.tsv");
+    for (const tables::Row &row : identifiers) {
         if (cell(row, "group") != QLatin1String("Extension"))
             continue;
         const QString name = cell(row, "EN").remove(remark);

@@ -42,14 +42,16 @@ QStringList rowNames(const QString &section)
 {
     QStringList names = {QStringLiteral("1.3.6.1.4.1.11129.2.4.2"),
                          QStringLiteral("1.2.840.113556.1.8000.2554.1073741823.40")};
-    for (const tables::Row &row : tables::read("texts.tsv")) {
+    const QVector<tables::Row> texts = tables::read("texts.tsv");
+    for (const tables::Row &row : texts) {
         const QString key = tables::cell(row, "key");
         const bool isField =
             key >= QLatin1String("PXCERTREAD_0014") && key <= QLatin1String("PXCERTREAD_0022");
         if (isField || !tables::cell(row, "oid").isEmpty())
             names += displayText(key);
     }
-    for (const tables::Row &row : tables::read("oids.tsv"))
+    const QVector<tables::Row> identifiers = tables::read("oids.tsv");
+    for (const tables::Row &row : identifiers)
         names += tables::cell(row, section.toLatin1());
     return names;
 }
@@ -232,7 +234,8 @@ void tst_languages_widths::columns()
         verifyFits(textOf(key), metrics(13).horizontalAdvance(textOf(key)), room);
 
     // Each name takes the height it needs, and no more; no word is wider than the column.
-    for (const QString &name : rowNames(c_language::GetLangPtr()->section())) {
+    const QStringList names = rowNames(c_language::GetLangPtr()->section());
+    for (const QString &name : names) {
         table->setRowCount(0);
         window.result_detail({{name, QString(), QString(), 0}});
         verifyFits(name, widthOfName(table), table->columnWidth(0));
