@@ -20,6 +20,7 @@
 #include <QScrollBar>
 #include <QShortcut>
 #include <QToolButton>
+#include <utility>
 
 using namespace window_style;
 
@@ -51,6 +52,16 @@ QFrame *newLine(QWidget *window, const QRect &place)
     line->setFrameShape(QFrame::HLine);
     return line;
 }
+
+// The margins of a text box's viewport, which the toolkit leaves to derived classes.
+struct OpenScrollArea : QAbstractScrollArea
+{
+    static void setBottomMargin(QAbstractScrollArea *area, int margin)
+    {
+        void (QAbstractScrollArea::*set)(int, int, int, int) = &OpenScrollArea::setViewportMargins;
+        (area->*set)(0, 0, 0, margin);
+    }
+};
 
 } // namespace
 
@@ -199,18 +210,21 @@ void MainWindow::setUpButtons()
 
 void MainWindow::setUpBoxes()
 {
-    ui->plainTextEdit_normal->setGeometry(placed(kStatusBox, m_scale));
-    ui->plainTextEdit_normal->setStyleSheet(textStyle(m_scale));
-    ui->plainTextEdit_normal_2->setGeometry(placed(kIdentityBox, m_scale));
-    ui->plainTextEdit_normal_2->setStyleSheet(textStyle(m_scale));
-    for (QPlainTextEdit *box : {ui->plainTextEdit_normal, ui->plainTextEdit_normal_2})
-        box->setLineWidth(0); // of the form's vertical line, only its two ends would be seen
-    ui->plainTextEdit_detail_2->setGeometry(placed(kDetailBox, m_scale));
-    ui->plainTextEdit_detail_2->setStyleSheet(textStyle(m_scale));
-    ui->plainTextEdit_detail_2->verticalScrollBar()->setStyleSheet(boxScrollBarStyle(m_scale));
-    for (QPlainTextEdit *box :
-         {ui->plainTextEdit_normal, ui->plainTextEdit_normal_2, ui->plainTextEdit_detail_2})
+    const std::pair<QPlainTextEdit *, Place> boxes[] = {
+        {ui->plainTextEdit_normal, kStatusBox},
+        {ui->plainTextEdit_normal_2, kIdentityBox},
+        {ui->plainTextEdit_detail_2, kDetailBox},
+    };
+    for (const auto &[box, place] : boxes) {
+        box->setGeometry(placed(place, m_scale));
+        box->setStyleSheet(textStyle(m_scale));
+        box->verticalScrollBar()->setStyleSheet(boxScrollBarStyle(m_scale));
         box->setContextMenuPolicy(Qt::NoContextMenu);
+    }
+    for (QPlainTextEdit *box : {ui->plainTextEdit_normal, ui->plainTextEdit_normal_2})
+        box->setLineWidth(0);    // of the form's vertical line, only its two ends would be seen
+    constexpr int kCrossed = 24; // pixels of the first box from the line between the two downwards
+    OpenScrollArea::setBottomMargin(ui->plainTextEdit_normal, scaled(kCrossed, m_scale));
 }
 
 void MainWindow::setUpSelector()

@@ -115,6 +115,8 @@ private slots:
     void columns();
     void summaryLines_data() { languagesAndFonts(); }
     void summaryLines();
+    void statusBlockEndsAboveTheLine_data() { languagesAndFonts(); }
+    void statusBlockEndsAboveTheLine();
 
 private:
     static void languagesAndFonts();
@@ -265,6 +267,22 @@ void tst_languages_widths::summaryLines()
           indent + textOf("PXCERTREAD_0005"), QStringLiteral(" ") + textOf("PXCERTREAD_0006"),
           QStringLiteral(" ") + textOf("PXCERTREAD_0075")})
         verifyFits(line, box->fontMetrics().horizontalAdvance(line), room);
+}
+
+// However long the block is: the line between the two boxes crosses the first.
+void tst_languages_widths::statusBlockEndsAboveTheLine()
+{
+    MainWindow window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    const auto lines =
+        window.findChildren<QFrame *>(QStringLiteral("lineEnd2"), Qt::FindDirectChildrenOnly);
+    QCOMPARE(lines.size(), 2);
+    const QWidget *text = child<QPlainTextEdit>(window, "plainTextEdit_normal")->viewport();
+    const int end = text->mapTo(&window, QPoint(0, text->height())).y();
+    const int line = lines.at(1)->y();
+    QVERIFY2(end <= line && end > line - 10,
+             qPrintable(QStringLiteral("%1 of %2").arg(end).arg(line)));
 }
 
 QTEST_MAIN(tst_languages_widths)
