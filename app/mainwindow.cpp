@@ -221,9 +221,11 @@ void MainWindow::setUpBoxes()
         box->verticalScrollBar()->setStyleSheet(boxScrollBarStyle(m_scale));
         box->setContextMenuPolicy(Qt::NoContextMenu);
     }
+    // Of the form's vertical line, only its two ends would be seen.
     for (QPlainTextEdit *box : {ui->plainTextEdit_normal, ui->plainTextEdit_normal_2})
-        box->setLineWidth(0);    // of the form's vertical line, only its two ends would be seen
-    constexpr int kCrossed = 24; // pixels of the first box from the line between the two downwards
+        box->setLineWidth(0);
+    // The line between the two boxes crosses the lower end of the first.
+    constexpr int kCrossed = 24;
     OpenScrollArea::setBottomMargin(ui->plainTextEdit_normal, scaled(kCrossed, m_scale));
 }
 

@@ -26,7 +26,7 @@ struct ElementSize
 
 bool holdsChildren(const stASN_BLOCK_HEADER *node)
 {
-    return isConstructed(node->tag) || (node->tag == ASN_TAG_OCTET_STRING && node->rawFlag == 0);
+    return ASNIsConstructed(node->tag) || (node->tag == ASN_TAG_OCTET_STRING && node->rawFlag == 0);
 }
 
 stASN_BLOCK_STRUCT *asStruct(stASN_BLOCK_HEADER *node)
@@ -109,7 +109,8 @@ stASN_BLOCK_HEADER *Parser::element(stASN_BLOCK_HEADER *parent, Input input)
         return nullptr;
     ++m_count;
     const Input content = {input.data + size.header, size.content};
-    if (isConstructed(tag) || (tag == ASN_TAG_OCTET_STRING && g_bExtend && isCompleteRun(content)))
+    if (ASNIsConstructed(tag) ||
+        (tag == ASN_TAG_OCTET_STRING && g_bExtend && isCompleteRun(content)))
         return withChildren(parent, tag, content);
     return leaf(parent, tag, content);
 }
@@ -270,7 +271,7 @@ int ASNBuildData(const stASN_BLOCK_HEADER *node, unsigned char *output, unsigned
 
 stASN_BLOCK_HEADER *ASNCreateStruct(unsigned char tag, stASN_BLOCK_HEADER *parent)
 {
-    if (!isConstructed(tag) && tag != ASN_TAG_OCTET_STRING)
+    if (!ASNIsConstructed(tag) && tag != ASN_TAG_OCTET_STRING)
         return nullptr;
     stASN_BLOCK_HEADER *node = allocateNode<stASN_BLOCK_STRUCT>(tag, 0);
     if (node)
@@ -280,7 +281,7 @@ stASN_BLOCK_HEADER *ASNCreateStruct(unsigned char tag, stASN_BLOCK_HEADER *paren
 
 stASN_BLOCK_HEADER *ASNAddStruct(unsigned char tag, stASN_BLOCK_HEADER *parent)
 {
-    if (!isConstructed(tag))
+    if (!ASNIsConstructed(tag))
         return nullptr;
     stASN_BLOCK_HEADER *node = linked(ASNCreateStruct(tag, parent), parent);
     if (node)
@@ -290,7 +291,8 @@ stASN_BLOCK_HEADER *ASNAddStruct(unsigned char tag, stASN_BLOCK_HEADER *parent)
 
 stASN_BLOCK_HEADER *ASNAddSample(unsigned char tag, stASN_BLOCK_HEADER *parent)
 {
-    return isConstructed(tag) ? nullptr : linked(allocateNode<stASN_BLOCK_HEADER>(tag, 1), parent);
+    return ASNIsConstructed(tag) ? nullptr
+                                 : linked(allocateNode<stASN_BLOCK_HEADER>(tag, 1), parent);
 }
 
 int ASNAppendChild(stASN_BLOCK_HEADER *parent, stASN_BLOCK_HEADER *child)
@@ -356,7 +358,7 @@ void ASNDeleteBlock(stASN_BLOCK_HEADER *node)
 
 int ASNSetBlockData(stASN_BLOCK_HEADER *node, const unsigned char *data, unsigned int size)
 {
-    if (!node || isConstructed(node->tag))
+    if (!node || ASNIsConstructed(node->tag))
         return 0;
     unsigned char *copy = nullptr;
     if (data && size > 0) {

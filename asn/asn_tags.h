@@ -18,7 +18,7 @@ enum AsnTag : unsigned char {
 };
 
 /// Whether an element's content is other elements, by its identifier octet.
-constexpr bool isConstructed(int tag)
+constexpr bool ASNIsConstructed(int tag)
 {
     return (tag & 0x20) != 0;
 }

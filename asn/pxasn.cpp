@@ -134,7 +134,7 @@ PXAsnBlock *PXAsnBlock::getChild(int index, int checkType) const
 
 QByteArray PXAsnBlock::contentOctets() const
 {
-    if (!node || isConstructed(node->tag) || node->rawFlag != 1 || !node->content ||
+    if (!node || ASNIsConstructed(node->tag) || node->rawFlag != 1 || !node->content ||
         node->contentLength > kMostOctets)
         return {};
     return {reinterpret_cast<const char *>(node->content), static_cast<int>(node->contentLength)};

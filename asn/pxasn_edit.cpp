@@ -37,8 +37,8 @@ QByteArray encodedIdentifier(const QByteArray &dotted)
 int PXAsn::create(int tag)
 {
     sendProgress("create", 18, " start");
-    stASN_BLOCK_HEADER *root = isConstructed(tag) ? ASNAddStruct(ASN_TAG_SEQUENCE, nullptr)
-                                                  : ASNAddSample(ASN_TAG_SEQUENCE, nullptr);
+    stASN_BLOCK_HEADER *root = ASNIsConstructed(tag) ? ASNAddStruct(ASN_TAG_SEQUENCE, nullptr)
+                                                     : ASNAddSample(ASN_TAG_SEQUENCE, nullptr);
     if (!root)
         return 0;
     close();
@@ -99,7 +99,7 @@ int PXAsnBlock::storeData(const QByteArray &data, bool padInteger, const char *o
 PXAsnBlock *PXAsnBlock::addSample(int tag)
 {
     sendProgress("addSample", 318, " start");
-    if (!node || !isConstructed(node->tag))
+    if (!node || !ASNIsConstructed(node->tag))
         return nullptr;
     auto *child = new PXAsnBlock(this);
     child->node = ASNAddSample(static_cast<unsigned char>(tag), node);
@@ -111,7 +111,7 @@ PXAsnBlock *PXAsnBlock::addSample(int tag)
 PXAsnBlock *PXAsnBlock::addStruct(int tag)
 {
     sendProgress("addStruct", 338, " start");
-    if (!node || !isConstructed(node->tag) || !isConstructed(tag))
+    if (!node || !ASNIsConstructed(node->tag) || !ASNIsConstructed(tag))
         return nullptr;
     auto *child = new PXAsnBlock(this);
     child->node = ASNAddStruct(static_cast<unsigned char>(tag), node);

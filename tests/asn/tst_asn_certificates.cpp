@@ -36,7 +36,7 @@ void positions(const stASN_BLOCK_HEADER *node, int offset, int depth, QStringLis
                 .arg(depth)
                 .arg(header)
                 .arg(octetsOfTree(node) - header);
-    if (!isConstructed(node->tag))
+    if (!ASNIsConstructed(node->tag))
         return;
     int childOffset = offset + header;
     for (const stASN_CHILD_CELL *cell = ASNFirstCell(node); cell; cell = cell->next) {
@@ -59,7 +59,7 @@ int refusedTag(QByteArray content)
         const int header = lengthOctet > 0x80 ? 2 + lengthOctet - 0x80 : 2;
         const bool holdsSequence =
             tag == ASN_TAG_OCTET_STRING && size > header && content.at(header) == '\x30';
-        if (isConstructed(tag) || holdsSequence) {
+        if (ASNIsConstructed(tag) || holdsSequence) {
             const int refused = refusedTag(content.mid(header, size - header));
             if (refused != 0)
                 return refused;
