@@ -1,4 +1,5 @@
 #include "app/mainwindow.h"
+#include "tests/app/widgets.h"
 #include "tests/languages/tables.h"
 #include "ui_mainwindow.h"
 #include "util/c_language.h"
@@ -23,17 +24,6 @@ QFontMetrics metrics(int pixelSize)
     QFont font(kSkinFont);
     font.setPixelSize(pixelSize);
     return QFontMetrics(font);
-}
-
-QString textOf(const char *key)
-{
-    return displayText(QLatin1String(key));
-}
-
-template <typename Widget>
-Widget *child(const MainWindow &window, const char *name)
-{
-    return window.findChild<Widget *>(QLatin1String(name));
 }
 
 // The names of rows: of fields, of extensions, of identifiers that are one, and of some without
@@ -191,7 +181,7 @@ void tst_languages_widths::labels()
 void tst_languages_widths::buttons()
 {
     const MainWindow window;
-    auto *button = window.findChild<QPushButton *>();
+    auto *button = bottomButton(window);
     QVERIFY(button);
     const int leastMargin = 12;
     verifyFits(button->text(), button->fontMetrics().horizontalAdvance(button->text()),
@@ -203,7 +193,7 @@ void tst_languages_widths::tabs()
     // The room that the style sheet's padding and margin leave of a tab's least width.
     const int room = 100 - 9 - 9 - 10;
     for (const char *key : {"PXCERTREAD_0066", "PXCERTREAD_0067"})
-        verifyFits(textOf(key), metrics(15).horizontalAdvance(textOf(key)), room);
+        verifyFits(shown(key), metrics(15).horizontalAdvance(shown(key)), room);
 }
 
 void tst_languages_widths::selector()
@@ -233,7 +223,7 @@ void tst_languages_widths::columns()
         table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, table) + 1;
     const int room = table->columnWidth(0) - 2 * margin;
     for (const char *key : {"PXCERTREAD_0001", "PXCERTREAD_0002"})
-        verifyFits(textOf(key), metrics(13).horizontalAdvance(textOf(key)), room);
+        verifyFits(shown(key), metrics(13).horizontalAdvance(shown(key)), room);
 
     // Each name takes the height it needs, and no more; no word is wider than the column.
     const QStringList names = rowNames(c_language::GetLangPtr()->section());
@@ -263,9 +253,9 @@ void tst_languages_widths::summaryLines()
     const int room = box->contentsRect().width() - 2 * qRound(box->document()->documentMargin());
     const QString indent = QStringLiteral("      -");
     for (const QString &line :
-         {QStringLiteral(" ") + textOf("PXCERTREAD_0003"), indent + textOf("PXCERTREAD_0004"),
-          indent + textOf("PXCERTREAD_0005"), QStringLiteral(" ") + textOf("PXCERTREAD_0006"),
-          QStringLiteral(" ") + textOf("PXCERTREAD_0075")})
+         {QStringLiteral(" ") + shown("PXCERTREAD_0003"), indent + shown("PXCERTREAD_0004"),
+          indent + shown("PXCERTREAD_0005"), QStringLiteral(" ") + shown("PXCERTREAD_0006"),
+          QStringLiteral(" ") + shown("PXCERTREAD_0075")})
         verifyFits(line, box->fontMetrics().horizontalAdvance(line), room);
 }
 
