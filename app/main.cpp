@@ -1,9 +1,9 @@
+#include "app/instance/qtsingleapplication.h"
+#include "app/look/program_look.h"
+#include "app/look/window_style.h"
 #include "app/mainwindow.h"
-#include "app/program_look.h"
-#include "app/qtsingleapplication.h"
-#include "app/window_style.h"
 #include "core/px_core_manager.h"
-#include "core/qt_compat.h"
+#include "util/qt_compat.h"
 
 #include <csignal>
 #include <QDir>

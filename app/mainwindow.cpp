@@ -1,16 +1,16 @@
 #include "app/mainwindow.h"
 
-#include "app/focus_mark.h"
+#include "app/look/focus_mark.h"
+#include "app/look/program_look.h"
+#include "app/look/window_style.h"
 #include "app/popup_escape.h"
-#include "app/program_look.h"
 #include "app/table_keys.h"
 #include "app/table_rows.h"
 #include "app/title_translation.h"
-#include "app/window_style.h"
 #include "core/px_core_manager.h"
-#include "core/qt_compat.h"
 #include "ui_mainwindow.h"
 #include "util/c_language.h"
+#include "util/qt_compat.h"
 
 #include <QApplication>
 #include <QListView>

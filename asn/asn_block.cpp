@@ -263,9 +263,8 @@ int ASNBuildData(const stASN_BLOCK_HEADER *node, unsigned char *output, unsigned
             ASNBuildData(cell->child, output + position, capacity - position);
             position += ASNGetBlockLength(cell->child);
         }
-    } else if (node->contentLength > 0) {
+    } else if (node->contentLength > 0)
         std::memcpy(output + position, node->content, node->contentLength);
-    }
     return 1;
 }
 

@@ -63,9 +63,8 @@ QByteArray throughIconv(const char *target, const char *source, QByteArray text)
     auto fromLeft = std::size_t(text.size());
     auto toLeft = std::size_t(result.size());
     iconv_t converter = iconv_open(target, source);
-    if (iconv(converter, &from, &fromLeft, &to, &toLeft) != 0) {
+    if (iconv(converter, &from, &fromLeft, &to, &toLeft) != 0)
         std::abort();
-    }
     iconv_close(converter);
     result.chop(int(toLeft));
     return result;
@@ -87,9 +86,8 @@ void iconvRun(benchmark::State &state, const char *target, const char *source,
         char *to = output.data();
         auto fromLeft = input.size();
         auto toLeft = output.size();
-        if (iconv(converter, &from, &fromLeft, &to, &toLeft) != 0) {
+        if (iconv(converter, &from, &fromLeft, &to, &toLeft) != 0)
             state.SkipWithError("iconv failed");
-        }
         benchmark::DoNotOptimize(output.data());
     }
     state.SetBytesProcessed(state.iterations() * text.size());
@@ -100,9 +98,8 @@ void gbkToUtf8(benchmark::State &state)
 {
     std::vector<char> output(std::size_t(utf8.size()) + 6);
     while (state.KeepRunning()) {
-        if (code_gbk_to_utf8(gbk.constData(), output.data(), int(utf8.size())) != utf8.size()) {
+        if (code_gbk_to_utf8(gbk.constData(), output.data(), int(utf8.size())) != utf8.size())
             state.SkipWithError("not the whole text");
-        }
     }
     state.SetBytesProcessed(state.iterations() * gbk.size());
 }
@@ -111,9 +108,8 @@ void utf8ToGbk(benchmark::State &state)
 {
     std::vector<char> output(2 * (3 * std::size_t(utf8.size()) + 1));
     while (state.KeepRunning()) {
-        if (code_utf8_to_gbk(utf8.constData(), output.data()) != gbk.size()) {
+        if (code_utf8_to_gbk(utf8.constData(), output.data()) != gbk.size())
             state.SkipWithError("not the whole text");
-        }
     }
     state.SetBytesProcessed(state.iterations() * utf8.size());
 }
@@ -142,9 +138,8 @@ void decode(benchmark::State &state)
     while (state.KeepRunning()) {
         std::uint64_t length = 0;
         unsigned char *data = PXBase64Decode(base64.constData(), &length);
-        if (length != kSize) {
+        if (length != kSize)
             state.SkipWithError("not the whole text");
-        }
         std::free(data);
     }
     state.SetBytesProcessed(state.iterations() * base64.size());

@@ -20,12 +20,12 @@ using Freed = std::unique_ptr<T, free_deleter>;
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static std::FILE *const nowhere = std::freopen("/dev/null", "w", stdout);
-    require(nowhere != nullptr);
+    require(nowhere);
     const char *table = PXBase64SetTableCode(nullptr);
 
     // Octets come back from both encoders through both decoders.
     const Freed<char> text(PXBase64Encode(data, size));
-    if (text != nullptr) {
+    if (text) {
         const Freed<char> textEx(EnCodeBase64Ex(data, int(size), table));
         require(std::strcmp(text.get(), textEx.get()) == 0);
         std::uint64_t length = 0;
@@ -42,7 +42,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     require(count >= 0 && std::size_t(count) <= size);
     std::uint64_t length = 0;
     const Freed<unsigned char> strict(PXBase64Decode(any.c_str(), &length));
-    if (strict != nullptr && any.find('\0') == std::string::npos && any.find('=') >= size - 2) {
+    if (strict && any.find('\0') == std::string::npos && any.find('=') >= size - 2) {
         require(length == std::uint64_t(count));
         require(std::memcmp(strict.get(), lenient.get(), length) == 0);
     }

@@ -20,9 +20,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 
     // Slots end at a zero one; up to there both forms write the same.
     std::vector<unsigned int> slots32(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i)
         std::memcpy(&slots32[i], data + 2 * i, 2);
-    }
     const auto units = std::find(slots32.begin(), slots32.end(), 0U) - slots32.begin();
     std::vector<char> expected(std::size_t(room) + 3);
     const int length =

@@ -10,7 +10,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 /// Ends the program when a promise is broken, in release builds too.
 inline void require(bool kept)
 {
-    if (!kept) {
+    if (!kept)
         std::abort();
-    }
 }

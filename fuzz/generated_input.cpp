@@ -18,9 +18,8 @@ std::vector<std::uint8_t> generated(std::mt19937 &random)
     for (std::uint8_t &octet : input) {
         const auto value = random();
         octet = std::uint8_t(value >> 8);
-        if (value % 2 == 0) {
+        if (value % 2 == 0)
             octet = std::uint8_t(notable[octet % notable.size()]);
-        }
     }
     return input;
 }
@@ -39,8 +38,7 @@ int main(int argc, char **argv)
         run({std::istreambuf_iterator<char>(file), {}});
     }
     std::mt19937 random(1);
-    for (int i = 0; argc == 1 && i < 20000; ++i) {
+    for (int i = 0; argc == 1 && i < 20000; ++i)
         run(generated(random));
-    }
     return 0;
 }

@@ -27,9 +27,8 @@ std::array<Position, 256> positions(const char *table, std::size_t size, Positio
 {
     std::array<Position, 256> result;
     result.fill(missing);
-    for (std::size_t i = size; i-- > 0;) {
+    for (std::size_t i = size; i-- > 0;)
         result[octet(table[i])] = Position(i);
-    }
     return result;
 }
 
@@ -83,9 +82,8 @@ bool decodeGroups(const char *text, std::size_t groups, octet *data)
         const unsigned int i1 = index[at[1]];
         const unsigned int i2 = index[at[2]];
         const unsigned int i3 = index[at[3]];
-        if ((i0 | i1 | i2 | i3) > 127) {
+        if ((i0 | i1 | i2 | i3) > 127)
             return false;
-        }
         *data++ = firstOctet(i0, i1);
         *data++ = secondOctet(i1, i2);
         *data++ = thirdOctet(i2, i3);
@@ -97,23 +95,22 @@ bool decodeGroups(const char *text, std::size_t groups, octet *data)
 
 char *PXBase64SetTableCode(const char *table)
 {
-    currentTable = table != nullptr ? table : defaultTable;
+    currentTable = table ? table : defaultTable;
     // As writable as it was given, like strchr's result.
     return const_cast<char *>(currentTable);
 }
 
 char *PXBase64Encode(const void *data, std::uint64_t length)
 {
-    if (data == nullptr) {
+    if (!data) {
         std::puts("argument error...... pbtdata is null.");
         return nullptr;
     }
-    if (length == 0) {
+    if (length == 0)
         return nullptr;
-    }
     const std::uint64_t groups = groupsOf(length, 3);
     void *text = groups <= (SIZE_MAX - 1) / 4 ? std::calloc(groups * 4 + 1, 1) : nullptr;
-    if (text == nullptr) {
+    if (!text) {
         std::puts("memory not enough...........");
         return nullptr;
     }
@@ -124,19 +121,19 @@ char *PXBase64Encode(const void *data, std::uint64_t length)
 unsigned char GetTableIndex(char character)
 {
     const void *found = std::memchr(currentTable, octet(character), kTableSize);
-    return found != nullptr ? octet(static_cast<const char *>(found) - currentTable) : kUnknown;
+    return found ? octet(static_cast<const char *>(found) - currentTable) : kUnknown;
 }
 
 unsigned char *PXBase64Decode(const char *text, std::uint64_t *length)
 {
-    if (text == nullptr) {
+    if (!text) {
         std::puts("[PXBase64Decode] pszBase64Code == NULL.");
         return nullptr;
     }
     const std::size_t size = std::strlen(text);
     std::uint64_t decoded = size / 4 * 3;
     auto *data = static_cast<octet *>(std::calloc(decoded + 1, 1));
-    if (data == nullptr) {
+    if (!data) {
         std::puts("[PXBase64Decode] malloc error.");
         return nullptr;
     }
@@ -149,13 +146,11 @@ unsigned char *PXBase64Decode(const char *text, std::uint64_t *length)
     // Deliberate: the last group alone decides the length; padding elsewhere is not noticed.
     if (size != 0 && GetTableIndex(text[size - 2]) == kPadding) {
         decoded -= 2;
-    } else if (size != 0 && GetTableIndex(text[size - 1]) == kPadding) {
+    } else if (size != 0 && GetTableIndex(text[size - 1]) == kPadding)
         decoded -= 1;
-    }
     data[decoded] = 0; // bits that padding leaves over may stand there
-    if (length != nullptr) {
+    if (length)
         *length = decoded;
-    }
     return data;
 }
 
@@ -169,14 +164,12 @@ QString PXBase64EncodeEx(QByteArray data)
 
 unsigned char *DeCodeBase64Ex(const char *text, int length, const char *table, int *count)
 {
-    if (text == nullptr || table == nullptr) {
+    if (!text || !table)
         return nullptr;
-    }
     const std::size_t size = length > 0 ? std::size_t(length) : 0;
     auto *data = new (std::nothrow) octet[std::max<std::size_t>(size, 1)]();
-    if (data == nullptr) {
+    if (!data)
         return nullptr;
-    }
     // A table may have more than 65 characters, and then positions above 64.
     const auto index = positions<std::size_t>(table, std::strlen(table), kPadding);
     const auto valueAt = [&](std::size_t position) {
@@ -193,14 +186,12 @@ unsigned char *DeCodeBase64Ex(const char *text, int length, const char *table, i
         // Deliberate: padding, or a character the table has not, ends its own group only.
         if (i2 != kPadding) {
             *end++ = secondOctet(i1, i2);
-            if (i3 != kPadding) {
+            if (i3 != kPadding)
                 *end++ = thirdOctet(i2, i3);
-            }
         }
     }
-    if (count != nullptr) {
+    if (count)
         *count = int(end - data);
-    }
     return data;
 }
 
@@ -211,10 +202,9 @@ char *EnCodeBase64Ex(const void *data, int length, const char *table)
     const float estimate = (float(size) / 3 + 1) * 4 + 1;
     const std::uint64_t need = groupsOf(size, 3) * 4 + 1;
     auto *text = static_cast<char *>(std::calloc(std::max(std::uint64_t(estimate), need), 1));
-    if (text == nullptr) {
+    if (!text)
         return nullptr;
-    }
-    if (data == nullptr || table == nullptr) {
+    if (!data || !table) {
         std::free(text);
         return nullptr;
     }

@@ -1,6 +1,6 @@
 #include "pxcpp/code_convert.h"
 
-#include "pxcpp/code_tables.h"
+#include "pxcpp/tables/code_tables.h"
 
 #include <climits>
 #include <cstddef>
@@ -42,9 +42,8 @@ long bigEndianUnit(const void *unit)
 
 void terminateWithin(char *output, int outputSize, int written)
 {
-    if (outputSize > written) {
+    if (outputSize > written)
         output[written] = '\0';
-    }
 }
 
 /// Whether the octets after the first of a sequence are what it needs; stops at the first that
@@ -52,13 +51,11 @@ void terminateWithin(char *output, int outputSize, int written)
 bool hasContinuations(const octet *sequence, int size)
 {
     // Deliberate: the second octet of a sequence of two is refused above 0x9F.
-    if (size == 2 && (sequence[1] & 0xE0) != 0x80) {
+    if (size == 2 && (sequence[1] & 0xE0) != 0x80)
         return false;
-    }
     for (int i = 1; i < size; ++i) {
-        if ((sequence[i] & 0xC0) != 0x80) {
+        if ((sequence[i] & 0xC0) != 0x80)
             return false;
-        }
     }
     return true;
 }
@@ -98,9 +95,8 @@ long decode(const octet *b, int size)
 const std::uint16_t *oemTable(unsigned short codePage)
 {
     for (std::size_t i = 0; code_tables::oem_pages[i] != 0; ++i) {
-        if (code_tables::oem_pages[i] == codePage) {
+        if (code_tables::oem_pages[i] == codePage)
             return code_tables::oem_to_unicode[i];
-        }
     }
     return nullptr;
 }
@@ -121,9 +117,8 @@ const double_byte_page *doubleBytePage(unsigned short codePage)
                                                  {949, unicode_to_949, unicode_from_949, 17048},
                                                  {950, unicode_to_950, unicode_from_950, 13503}};
     for (const double_byte_page &page : pages) {
-        if (page.number == codePage) {
+        if (page.number == codePage)
             return &page;
-        }
     }
     return nullptr;
 }
@@ -158,26 +153,21 @@ std::unique_ptr<unsigned int, free_deleter> zeroedUnits(std::size_t count)
 int code_get_utf8_byte_size(unsigned char first)
 {
     // Deliberate: a continuation octet is a sequence of its own.
-    if (first < 0x80 || (first & 0x40) == 0) {
+    if (first < 0x80 || (first & 0x40) == 0)
         return 1;
-    }
-    if ((first & 0x20) == 0) {
+    if ((first & 0x20) == 0)
         return 2;
-    }
-    if ((first & 0x10) == 0) {
+    if ((first & 0x10) == 0)
         return 3;
-    }
-    if ((first & 0x08) == 0) {
+    if ((first & 0x08) == 0)
         return 4;
-    }
     return (first & 0x04) == 0 ? 5 : 6;
 }
 
 void code_get_utf8_length(const char *utf8, int counters[7])
 {
-    if (utf8 == nullptr) {
+    if (!utf8)
         return;
-    }
     while (*utf8 != '\0') {
         const int size = code_get_utf8_byte_size(octet(*utf8));
         ++counters[0];
@@ -188,23 +178,20 @@ void code_get_utf8_length(const char *utf8, int counters[7])
 
 int code_unicode_to_utf8_one(long unicode, char *pOutput, int /*outputSize*/)
 {
-    if (pOutput == nullptr) {
+    if (!pOutput)
         failAssertion("pOutput != NULL", 103, __func__);
-    }
     // Deliberate: a negative value is one octet, its low seven bits.
     if (unicode < 0x80) {
         pOutput[0] = char(unicode & 0x7F);
         return 1;
     }
 
-    if (unicode > 0x7FFFFFFF) {
+    if (unicode > 0x7FFFFFFF)
         return 0;
-    }
     // A sequence of n octets holds 5n + 1 bits.
     int size = 2;
-    while (unicode >= 1L << (5 * size + 1)) {
+    while (unicode >= 1L << (5 * size + 1))
         ++size;
-    }
     for (int i = size - 1; i > 0; --i) {
         pOutput[i] = char((unicode & 0x3F) | 0x80);
         unicode >>= 6;
@@ -215,38 +202,33 @@ int code_unicode_to_utf8_one(long unicode, char *pOutput, int /*outputSize*/)
 
 int code_utf8_to_unicode_one(const char *pInput, long *unicode)
 {
-    if (pInput == nullptr || unicode == nullptr) {
+    if (!pInput || !unicode)
         failAssertion("pInput != NULL && unicode != NULL", 169, __func__);
-    }
     *unicode = 0;
     const octet *sequence = octetsOf(pInput);
     const int size = code_get_utf8_byte_size(sequence[0]);
-    if (!hasContinuations(sequence, size)) {
+    if (!hasContinuations(sequence, size))
         return 0;
-    }
     *unicode = decode(sequence, size);
     return size;
 }
 
 int code_unicode_to_utf8(const unsigned int *input, char *output, int outputSize)
 {
-    if (input == nullptr || output == nullptr || outputSize < 1) {
+    if (!input || !output || outputSize < 1)
         return 0;
-    }
     int written = 0;
     // Deliberate: the size is tested after a character is written.
-    for (; *input != 0 && written <= outputSize; ++input) {
+    for (; *input != 0 && written <= outputSize; ++input)
         written += code_unicode_to_utf8_one(long(*input), output + written, outputSize);
-    }
     terminateWithin(output, outputSize, written);
     return written;
 }
 
 int code_utf8_to_unicode(const char *input, unsigned int *output, int capacity)
 {
-    if (input == nullptr || output == nullptr || capacity < 1) {
+    if (!input || !output || capacity < 1)
         return 0;
-    }
     int count = 0;
     // Deliberate: up to capacity + 1 units; a malformed sequence is met again until they are full.
     while (*input != '\0' && count <= capacity) {
@@ -254,18 +236,16 @@ int code_utf8_to_unicode(const char *input, unsigned int *output, int capacity)
         input += code_utf8_to_unicode_one(input, &unicode);
         output[count++] = static_cast<unsigned int>(unicode);
     }
-    if (capacity > count) {
+    if (capacity > count)
         output[count] = 0;
-    }
     return count;
 }
 
 int code_unicode_to_utf8_reversebyte_BYTE(const void *input, int count, char *output,
                                           int outputSize)
 {
-    if (input == nullptr || output == nullptr || outputSize < 1 || count < 1) {
+    if (!input || !output || outputSize < 1 || count < 1)
         return 0;
-    }
     const auto *unit = static_cast<const octet *>(input);
     int written = 0;
     // Deliberate: the size is tested after a character is written.
@@ -282,9 +262,8 @@ int code_unicode_to_utf8_reversebyte(const unsigned int *input, int count, char 
 {
     // Deliberate: the line precedes the checks, so it comes for a refused call as well.
     qDebug() << "unicode " << static_cast<const void *>(input);
-    if (input == nullptr || output == nullptr || outputSize < 1 || count < 1) {
+    if (!input || !output || outputSize < 1 || count < 1)
         return 0;
-    }
     int written = 0;
     // Deliberate: the size is tested after a character is written.
     for (int i = 0; i < count && input[i] != 0 && written <= outputSize; ++i) {
@@ -297,9 +276,8 @@ int code_unicode_to_utf8_reversebyte(const unsigned int *input, int count, char 
 
 int code_unicode_to_gbk(const unsigned int *input, char *output, int count)
 {
-    if (input == nullptr || output == nullptr) {
+    if (!input || !output)
         return 0;
-    }
     char *end = output;
     for (int i = 0; i < count; ++i) {
         if (input[i] < 0x80) {
@@ -317,9 +295,8 @@ int code_unicode_to_gbk(const unsigned int *input, char *output, int count)
 
 int code_gbk_to_unicode(const char *input, unsigned int *output, int length)
 {
-    if (input == nullptr || output == nullptr) {
+    if (!input || !output)
         return 0;
-    }
     const octet *octets = octetsOf(input);
     int count = 0;
     int i = 0;
@@ -342,56 +319,46 @@ int code_gbk_to_unicode(const char *input, unsigned int *output, int length)
 
 int code_utf8_to_gbk(const char *input, char *output)
 {
-    if (input == nullptr || output == nullptr) {
+    if (!input || !output)
         return 0;
-    }
     const std::size_t length = std::strlen(input);
-    if (length > (INT_MAX - 2) / 3) {
+    if (length > (INT_MAX - 2) / 3)
         return 0;
-    }
     // Deliberate: thrice the length, so a malformed sequence is followed by that many zero units.
     const int capacity = int(3 * length);
     const auto units = zeroedUnits(std::size_t(capacity) + 2);
-    if (units == nullptr) {
+    if (!units)
         return 0;
-    }
     const int count = code_utf8_to_unicode(input, units.get(), capacity);
     return code_unicode_to_gbk(units.get(), output, count);
 }
 
 int code_gbk_to_utf8(const char *input, char *output, int outputSize)
 {
-    if (input == nullptr) {
+    if (!input)
         return 0;
-    }
     const std::size_t length = std::strlen(input);
-    if (length > INT_MAX) {
+    if (length > INT_MAX)
         return 0;
-    }
     const auto units = zeroedUnits(length + 1);
-    if (units == nullptr) {
+    if (!units)
         return 0;
-    }
     code_gbk_to_unicode(input, units.get(), int(length));
     return code_unicode_to_utf8(units.get(), output, outputSize);
 }
 
 unsigned short ff_uni2oem(unsigned int character, unsigned short codePage)
 {
-    if (character < 0x80) {
+    if (character < 0x80)
         return static_cast<unsigned short>(character);
-    }
-    if (character > 0xFFFF) {
+    if (character > 0xFFFF)
         return 0;
-    }
-    if (const double_byte_page *page = doubleBytePage(codePage)) {
+    if (const double_byte_page *page = doubleBytePage(codePage))
         return findPair(page->fromUnicode, page->highest, character);
-    }
     if (const std::uint16_t *table = oemTable(codePage)) {
         for (unsigned int i = 0; i < 128; ++i) {
-            if (table[i] == character) {
+            if (table[i] == character)
                 return static_cast<unsigned short>(0x80 + i);
-            }
         }
     }
     return 0;
@@ -399,14 +366,12 @@ unsigned short ff_uni2oem(unsigned int character, unsigned short codePage)
 
 unsigned short ff_oem2uni(unsigned short code, unsigned short codePage)
 {
-    if (code < 0x80) {
+    if (code < 0x80)
         return code;
-    }
-    if (const double_byte_page *page = doubleBytePage(codePage)) {
+    if (const double_byte_page *page = doubleBytePage(codePage))
         return findPair(page->toUnicode, page->highest, code);
-    }
     const std::uint16_t *table = oemTable(codePage);
-    return table != nullptr && code <= 0xFF ? table[code - 0x80] : static_cast<unsigned short>(0);
+    return table && code <= 0xFF ? table[code - 0x80] : static_cast<unsigned short>(0);
 }
 
 unsigned int ff_wtoupper(unsigned int character)
@@ -414,9 +379,8 @@ unsigned int ff_wtoupper(unsigned int character)
     // By command from 2 on, what is added to each character of a record.
     static constexpr int shifts[] = {-16, -32, -48, -26, 8, -80, -0x1C60};
 
-    if (character > 0xFFFF) {
+    if (character > 0xFFFF)
         return character;
-    }
     const std::uint16_t *record =
         character < 0x1000 ? code_tables::upper_case_low : code_tables::upper_case_high;
     while (record[0] != 0 && record[0] <= character) {

@@ -65,9 +65,8 @@ bool readToEnd(int fd, const Take &take)
         if (got > 0) {
             if (!take(chunk, static_cast<int>(got)))
                 return false;
-        } else if (errno == EAGAIN ? !waitForData(fd, deadline) : errno != EINTR) {
+        } else if (errno == EAGAIN ? !waitForData(fd, deadline) : errno != EINTR)
             return false;
-        }
     }
 }
 

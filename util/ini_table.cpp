@@ -1,7 +1,7 @@
 #include "util/ini_table.h"
 
-#include "core/qt_compat.h"
 #include "util/c_util.h"
+#include "util/qt_compat.h"
 
 #include <ctime>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "app/focus_mark.h"
+#include "app/look/focus_mark.h"
 #include "tests/app/widgets.h"
 
 #include <QAccessible>
@@ -65,7 +65,7 @@ QString labelOf(QWidget *widget)
 } // namespace
 
 // The window without a mouse.
-class tst_app_keyboard : public QObject
+class TestAppKeyboard : public QObject
 {
     Q_OBJECT
 
@@ -92,7 +92,7 @@ private slots:
     void controlsHaveNames();
 };
 
-void tst_app_keyboard::keysShowTheRow_data()
+void TestAppKeyboard::keysShowTheRow_data()
 {
     QTest::addColumn<int>("key"); // with its modifiers
     QTest::addColumn<int>("from");
@@ -116,7 +116,7 @@ void tst_app_keyboard::keysShowTheRow_data()
     QTest::newRow("a letter") << int(Qt::Key_F) << 4 << 5;
 }
 
-void tst_app_keyboard::keysShowTheRow()
+void TestAppKeyboard::keysShowTheRow()
 {
     QFETCH(int, key);
     QFETCH(int, from);
@@ -140,7 +140,7 @@ void tst_app_keyboard::keysShowTheRow()
     QCOMPARE(keyed.table->selectionModel()->selectedRows().first().row(), row);
 }
 
-void tst_app_keyboard::firstKeyShowsTheFirstRow()
+void TestAppKeyboard::firstKeyShowsTheFirstRow()
 {
     Keyed keyed;
     keyed.goToTable();
@@ -150,7 +150,7 @@ void tst_app_keyboard::firstKeyShowsTheFirstRow()
     QCOMPARE(keyed.detail(), QStringLiteral("full 0"));
 }
 
-void tst_app_keyboard::firstKeyShowsTheCurrentRow()
+void TestAppKeyboard::firstKeyShowsTheCurrentRow()
 {
     Keyed keyed;
     keyed.goToTable();
@@ -161,7 +161,7 @@ void tst_app_keyboard::firstKeyShowsTheCurrentRow()
     QCOMPARE(keyed.detail(), QStringLiteral("full 5"));
 }
 
-void tst_app_keyboard::equalNamesShowBothTexts()
+void TestAppKeyboard::equalNamesShowBothTexts()
 {
     Keyed keyed;
     keyed.goToTable();
@@ -173,7 +173,7 @@ void tst_app_keyboard::equalNamesShowBothTexts()
     }
 }
 
-void tst_app_keyboard::otherKeysChangeNothing()
+void TestAppKeyboard::otherKeysChangeNothing()
 {
     Keyed keyed;
     keyed.goToTable();
@@ -185,7 +185,7 @@ void tst_app_keyboard::otherKeysChangeNothing()
     }
 }
 
-void tst_app_keyboard::keysInAnEmptyTable()
+void TestAppKeyboard::keysInAnEmptyTable()
 {
     Keyed keyed;
     keyed.goToTable();
@@ -196,7 +196,7 @@ void tst_app_keyboard::keysInAnEmptyTable()
     QCOMPARE(keyed.detail(), QString());
 }
 
-void tst_app_keyboard::copyTakesTheRowsOwnFullValue()
+void TestAppKeyboard::copyTakesTheRowsOwnFullValue()
 {
     Keyed keyed;
     keyed.goToTable();
@@ -212,7 +212,7 @@ void tst_app_keyboard::copyTakesTheRowsOwnFullValue()
     QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("full 2"));
 }
 
-void tst_app_keyboard::copyWithoutASelectionLeavesTheClipboard()
+void TestAppKeyboard::copyWithoutASelectionLeavesTheClipboard()
 {
     Keyed keyed;
     keyed.goToTable();
@@ -221,7 +221,7 @@ void tst_app_keyboard::copyWithoutASelectionLeavesTheClipboard()
     QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("mine"));
 }
 
-void tst_app_keyboard::copyInTheDetailBoxTakesItsSelection()
+void TestAppKeyboard::copyInTheDetailBoxTakesItsSelection()
 {
     Keyed keyed;
     keyed.goToTable();
@@ -232,7 +232,7 @@ void tst_app_keyboard::copyInTheDetailBoxTakesItsSelection()
     QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("full 0"));
 }
 
-void tst_app_keyboard::keysClose_data()
+void TestAppKeyboard::keysClose_data()
 {
     QTest::addColumn<int>("key");
     QTest::addColumn<int>("modifiers");
@@ -249,7 +249,7 @@ void tst_app_keyboard::keysClose_data()
     }
 }
 
-void tst_app_keyboard::keysClose()
+void TestAppKeyboard::keysClose()
 {
     QFETCH(int, key);
     QFETCH(int, modifiers);
@@ -263,7 +263,7 @@ void tst_app_keyboard::keysClose()
     QVERIFY(!keyed.window.isVisible());
 }
 
-void tst_app_keyboard::escapeClosesTheSelectorsListFirst()
+void TestAppKeyboard::escapeClosesTheSelectorsListFirst()
 {
     Keyed keyed;
     keyed.goToTable();
@@ -277,7 +277,7 @@ void tst_app_keyboard::escapeClosesTheSelectorsListFirst()
     QVERIFY(!keyed.window.isVisible());
 }
 
-void tst_app_keyboard::tabGoesInReadingOrder_data()
+void TestAppKeyboard::tabGoesInReadingOrder_data()
 {
     QTest::addColumn<int>("page");
     QTest::addColumn<QList<QByteArray>>("controls");
@@ -293,7 +293,7 @@ void tst_app_keyboard::tabGoesInReadingOrder_data()
                                                   "close"};
 }
 
-void tst_app_keyboard::tabGoesInReadingOrder()
+void TestAppKeyboard::tabGoesInReadingOrder()
 {
     QFETCH(int, page);
     QFETCH(QList<QByteArray>, controls);
@@ -316,7 +316,7 @@ void tst_app_keyboard::tabGoesInReadingOrder()
     }
 }
 
-void tst_app_keyboard::arrowsChangeTheTabAtOnce()
+void TestAppKeyboard::arrowsChangeTheTabAtOnce()
 {
     Keyed keyed;
     QTest::keyClick(keyed.focused(), Qt::Key_Right);
@@ -326,7 +326,7 @@ void tst_app_keyboard::arrowsChangeTheTabAtOnce()
 }
 
 // Each control looks otherwise when Tab brought the focus there.
-void tst_app_keyboard::focusIsMarked()
+void TestAppKeyboard::focusIsMarked()
 {
     for (const int page : {0, 1}) {
         Keyed keyed;
@@ -349,7 +349,7 @@ void tst_app_keyboard::focusIsMarked()
     }
 }
 
-void tst_app_keyboard::mouseLeavesNoMark()
+void TestAppKeyboard::mouseLeavesNoMark()
 {
     Keyed keyed;
     keyed.tabs->setCurrentIndex(1);
@@ -360,7 +360,7 @@ void tst_app_keyboard::mouseLeavesNoMark()
     QVERIFY(!mark->isVisible());
 }
 
-void tst_app_keyboard::anotherWindowsFocusIsNotMarked()
+void TestAppKeyboard::anotherWindowsFocusIsNotMarked()
 {
     Keyed keyed;
     auto *mark = keyed.window.findChild<FocusMark *>();
@@ -375,7 +375,7 @@ void tst_app_keyboard::anotherWindowsFocusIsNotMarked()
     QVERIFY(!mark->isVisible());
 }
 
-void tst_app_keyboard::controlsHaveNames()
+void TestAppKeyboard::controlsHaveNames()
 {
     MainWindow window;
     const auto named = [&](const char *name) { return nameOf(child<QWidget>(window, name)); };
@@ -395,5 +395,5 @@ void tst_app_keyboard::controlsHaveNames()
         QVERIFY2(shown(key) != QLatin1String(key), key);
 }
 
-QTEST_MAIN(tst_app_keyboard)
+QTEST_MAIN(TestAppKeyboard)
 #include "tst_app_keyboard.moc"

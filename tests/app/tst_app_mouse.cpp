@@ -120,7 +120,7 @@ bool sendMouse(QWidget &window, QEvent::Type type, const QPoint &global, Qt::Mou
 } // namespace
 
 // The window under a real mouse and a real keyboard.
-class tst_app_mouse : public QObject
+class TestAppMouse : public QObject
 {
     Q_OBJECT
 
@@ -148,7 +148,7 @@ private slots:
     void theTextBoxesHaveNoMenu();
 };
 
-void tst_app_mouse::dragging_data()
+void TestAppMouse::dragging_data()
 {
     QTest::addColumn<QPoint>("from");
     QTest::addColumn<int>("button");
@@ -171,7 +171,7 @@ void tst_app_mouse::dragging_data()
     add("sheet", 218, 660, 1, false);
 }
 
-void tst_app_mouse::dragging()
+void TestAppMouse::dragging()
 {
     QFETCH(QPoint, from);
     QFETCH(int, button);
@@ -185,7 +185,7 @@ void tst_app_mouse::dragging()
 }
 
 // The edges of the drag area where the close button lies over it.
-void tst_app_mouse::pressInTheWindowItself_data()
+void TestAppMouse::pressInTheWindowItself_data()
 {
     QTest::addColumn<QPoint>("at");
     QTest::addColumn<bool>("drags");
@@ -194,7 +194,7 @@ void tst_app_mouse::pressInTheWindowItself_data()
     QTest::newRow("below it") << QPoint(378, 37) << false;
 }
 
-void tst_app_mouse::pressInTheWindowItself()
+void TestAppMouse::pressInTheWindowItself()
 {
     QFETCH(QPoint, at);
     QFETCH(bool, drags);
@@ -205,7 +205,7 @@ void tst_app_mouse::pressInTheWindowItself()
     QCOMPARE(window.pos(), drags ? kHome + QPoint(5, 6) : kHome);
 }
 
-void tst_app_mouse::dragFollowsTheMouse()
+void TestAppMouse::dragFollowsTheMouse()
 {
     OnScreen screen;
     const QPoint grip(100, 20);
@@ -219,7 +219,7 @@ void tst_app_mouse::dragFollowsTheMouse()
     }
 }
 
-void tst_app_mouse::dragEndsWithTheButton()
+void TestAppMouse::dragEndsWithTheButton()
 {
     OnScreen screen;
     xdotool(moveTo(kHome + QPoint(100, 20)));
@@ -239,7 +239,7 @@ void tst_app_mouse::dragEndsWithTheButton()
     QCOMPARE(screen.window.pos(), kHome + QPoint(50, 50));
 }
 
-void tst_app_mouse::moveWithoutAButtonDoesNotDrag()
+void TestAppMouse::moveWithoutAButtonDoesNotDrag()
 {
     MainWindow window;
     window.setMouseTracking(true); // else the toolkit delivers no such move
@@ -253,7 +253,7 @@ void tst_app_mouse::moveWithoutAButtonDoesNotDrag()
 }
 
 // Whatever a handler does, it lets the toolkit's own go on with the event.
-void tst_app_mouse::eventsAreNotKept()
+void TestAppMouse::eventsAreNotKept()
 {
     MainWindow window;
     window.move(kHome);
@@ -267,7 +267,7 @@ void tst_app_mouse::eventsAreNotKept()
 }
 
 // The threshold counts from the desktop's origin.
-void tst_app_mouse::nearTheOriginNothingMoves_data()
+void TestAppMouse::nearTheOriginNothingMoves_data()
 {
     QTest::addColumn<QPoint>("target");
     QTest::addColumn<bool>("moves");
@@ -281,7 +281,7 @@ void tst_app_mouse::nearTheOriginNothingMoves_data()
     QTest::newRow("-3, 8") << QPoint(-3, 8) << true;
 }
 
-void tst_app_mouse::nearTheOriginNothingMoves()
+void TestAppMouse::nearTheOriginNothingMoves()
 {
     QFETCH(QPoint, target);
     QFETCH(bool, moves);
@@ -295,14 +295,14 @@ void tst_app_mouse::nearTheOriginNothingMoves()
     QTRY_COMPARE(screen.window.pos(), moves ? target : kHome);
 }
 
-void tst_app_mouse::closeControlsClose_data()
+void TestAppMouse::closeControlsClose_data()
 {
     QTest::addColumn<bool>("atTheTop");
     QTest::newRow("close button") << true;
     QTest::newRow("bottom button") << false;
 }
 
-void tst_app_mouse::closeControlsClose()
+void TestAppMouse::closeControlsClose()
 {
     QFETCH(bool, atTheTop);
     OnScreen screen;
@@ -312,7 +312,7 @@ void tst_app_mouse::closeControlsClose()
     QTRY_VERIFY(!screen.window.isVisible());
 }
 
-void tst_app_mouse::closeButtonKeepsItsFace()
+void TestAppMouse::closeButtonKeepsItsFace()
 {
     OnScreen screen;
     const QPoint centre = closeButton(screen.window)->mapToGlobal(QPoint(22, 14));
@@ -330,7 +330,7 @@ void tst_app_mouse::closeButtonKeepsItsFace()
 }
 
 // What the test before compares is what is seen: with the name, the face does change.
-void tst_app_mouse::closeButtonWouldChangeItsFace()
+void TestAppMouse::closeButtonWouldChangeItsFace()
 {
     OnScreen screen;
     xdotool(moveTo(kHome + QPoint(200, 400)));
@@ -341,7 +341,7 @@ void tst_app_mouse::closeButtonWouldChangeItsFace()
     QTRY_VERIFY(screen.seen(closeButton(screen.window)) != away);
 }
 
-void tst_app_mouse::tabs()
+void TestAppMouse::tabs()
 {
     OnScreen screen;
     const auto lines = screen.window.findChildren<QFrame *>(QStringLiteral("lineEnd2"));
@@ -354,7 +354,7 @@ void tst_app_mouse::tabs()
     QVERIFY(lines.at(1)->isVisible());
 }
 
-void tst_app_mouse::rows()
+void TestAppMouse::rows()
 {
     OnScreen screen;
     screen.tabs->setCurrentIndex(1);
@@ -364,7 +364,7 @@ void tst_app_mouse::rows()
     QVERIFY(screen.shows("the name\nanother name"));
 }
 
-void tst_app_mouse::draggingOverRowsShowsTheSelectedOne()
+void TestAppMouse::draggingOverRowsShowsTheSelectedOne()
 {
     OnScreen screen;
     screen.tabs->setCurrentIndex(1);
@@ -379,7 +379,7 @@ void tst_app_mouse::draggingOverRowsShowsTheSelectedOne()
     QCOMPARE(screen.box->toPlainText(), QStringLiteral("all usages"));
 }
 
-void tst_app_mouse::otherButtonsOverRowsShowNothing()
+void TestAppMouse::otherButtonsOverRowsShowNothing()
 {
     OnScreen screen;
     screen.tabs->setCurrentIndex(1);
@@ -393,7 +393,7 @@ void tst_app_mouse::otherButtonsOverRowsShowNothing()
     }
 }
 
-void tst_app_mouse::selector()
+void TestAppMouse::selector()
 {
     OnScreen screen;
     screen.tabs->setCurrentIndex(1);
@@ -416,7 +416,7 @@ void tst_app_mouse::selector()
 }
 
 // From the start to a copied value without the mouse.
-void tst_app_mouse::keyboard()
+void TestAppMouse::keyboard()
 {
     OnScreen screen;
     key("Right");
@@ -431,7 +431,7 @@ void tst_app_mouse::keyboard()
         [] { return QGuiApplication::clipboard()->text() == QLatin1String("another name"); }));
 }
 
-void tst_app_mouse::theTextBoxesHaveNoMenu()
+void TestAppMouse::theTextBoxesHaveNoMenu()
 {
     OnScreen screen;
     screen.tabs->setCurrentIndex(1);
@@ -442,5 +442,5 @@ void tst_app_mouse::theTextBoxesHaveNoMenu()
     QVERIFY(!QApplication::activePopupWidget());
 }
 
-QTEST_MAIN(tst_app_mouse)
+QTEST_MAIN(TestAppMouse)
 #include "tst_app_mouse.moc"

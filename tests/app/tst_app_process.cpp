@@ -1,6 +1,6 @@
-#include "app/instance_channel.h"
-#include "app/instance_lock.h"
-#include "app/program_look.h"
+#include "app/instance/instance_channel.h"
+#include "app/instance/instance_lock.h"
+#include "app/look/program_look.h"
 #include "tests/app/viewer_tree.h"
 
 #include <limits>
@@ -80,7 +80,7 @@ int parsed(Program &program)
 } // namespace
 
 // The program as a whole, from outside.
-class tst_app_process : public QObject
+class TestAppProcess : public QObject
 {
     Q_OBJECT
 
@@ -123,7 +123,7 @@ private slots:
     void displayChoice();
 };
 
-void tst_app_process::withoutArgument()
+void TestAppProcess::withoutArgument()
 {
     const ViewerTree tree;
     const QImage before = stillScreen();
@@ -140,7 +140,7 @@ void tst_app_process::withoutArgument()
     QVERIFY(!program.debugLines().filter(QStringLiteral("PXClientConfig.dll")).isEmpty());
 }
 
-void tst_app_process::standsInTheMiddle()
+void TestAppProcess::standsInTheMiddle()
 {
     const ViewerTree tree;
     Program program(tree, kViewer, {example("server.pem")});
@@ -150,7 +150,7 @@ void tst_app_process::standsInTheMiddle()
     QCOMPARE(Program::place(window), QRect(742, 191, 436, 697));
 }
 
-void tst_app_process::saysWhatItDoesInOrder()
+void TestAppProcess::saysWhatItDoesInOrder()
 {
     const ViewerTree tree;
     Program program(tree, kViewer, {example("server.pem")});
@@ -163,7 +163,7 @@ void tst_app_process::saysWhatItDoesInOrder()
              QDir(tree.path()).canonicalPath());
 }
 
-void tst_app_process::furtherArgumentsAreIgnored()
+void TestAppProcess::furtherArgumentsAreIgnored()
 {
     const ViewerTree tree;
     Program program(tree, kViewer, {example("server.pem"), example("ca.pem"), example("ca.pem")});
@@ -174,7 +174,7 @@ void tst_app_process::furtherArgumentsAreIgnored()
     QCOMPARE(parsed(other), 0);
 }
 
-void tst_app_process::bearsTheIcon()
+void TestAppProcess::bearsTheIcon()
 {
     const ViewerTree tree;
     Program program(tree, kViewer, {example("server.pem")});
@@ -196,7 +196,7 @@ void tst_app_process::bearsTheIcon()
 }
 
 // A certificate that takes its time, from a pipe: nothing is shown until it is there.
-void tst_app_process::appearsOnceItIsLoaded()
+void TestAppProcess::appearsOnceItIsLoaded()
 {
     const ViewerTree tree;
     QFile certificate(example("server.pem"));
@@ -221,14 +221,14 @@ void tst_app_process::appearsOnceItIsLoaded()
     QCOMPARE(parsed(program), 1);
 }
 
-void tst_app_process::endsByKey_data()
+void TestAppProcess::endsByKey_data()
 {
     QTest::addColumn<QByteArray>("key");
     for (const char *name : {"Escape", "ctrl+w", "ctrl+q"})
         QTest::newRow(name) << QByteArray(name);
 }
 
-void tst_app_process::endsByKey()
+void TestAppProcess::endsByKey()
 {
     QFETCH(QByteArray, key);
     const ViewerTree tree;
@@ -240,7 +240,7 @@ void tst_app_process::endsByKey()
 }
 
 // What it prints goes to a process that has ended, as a file manager may have that started it.
-void tst_app_process::survivesItsReaders()
+void TestAppProcess::survivesItsReaders()
 {
     const ViewerTree tree;
     const QString script = tree.path("bin/unheard");
@@ -254,14 +254,14 @@ void tst_app_process::survivesItsReaders()
     QCOMPARE(program.end(), 0);
 }
 
-void tst_app_process::secondInstanceHandsOver_data()
+void TestAppProcess::secondInstanceHandsOver_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::newRow("another file") << QStringList{example("ca.pem")};
     QTest::newRow("no file") << QStringList();
 }
 
-void tst_app_process::secondInstanceHandsOver()
+void TestAppProcess::secondInstanceHandsOver()
 {
     QFETCH(QStringList, arguments);
     const ViewerTree tree;
@@ -282,7 +282,7 @@ void tst_app_process::secondInstanceHandsOver()
 }
 
 // The program's side of what instances agree on, met by the guard's own classes.
-void tst_app_process::handsOverByMessage()
+void TestAppProcess::handsOverByMessage()
 {
     const ViewerTree tree;
     InstanceLock lock = lockOf(tree);
@@ -297,7 +297,7 @@ void tst_app_process::handsOverByMessage()
     QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("raise_window_noop"));
 }
 
-void tst_app_process::waitsFourSecondsForAnAnswer()
+void TestAppProcess::waitsFourSecondsForAnAnswer()
 {
     const ViewerTree tree;
     InstanceLock lock = lockOf(tree);
@@ -314,7 +314,7 @@ void tst_app_process::waitsFourSecondsForAnAnswer()
     QVERIFY2(shortest > 3500 && shortest < 4900, qPrintable(QString::number(shortest)));
 }
 
-void tst_app_process::appearsWhenLoadingFails_data()
+void TestAppProcess::appearsWhenLoadingFails_data()
 {
     QTest::addColumn<QString>("argument");
     QTest::newRow("nothing there") << QStringLiteral("/nowhere/at.all");
@@ -324,7 +324,7 @@ void tst_app_process::appearsWhenLoadingFails_data()
     QTest::newRow("long nonsense") << QStringLiteral("nonsense").repeated(1000);
 }
 
-void tst_app_process::appearsWhenLoadingFails()
+void TestAppProcess::appearsWhenLoadingFails()
 {
     QFETCH(QString, argument);
     const ViewerTree tree;
@@ -335,7 +335,7 @@ void tst_app_process::appearsWhenLoadingFails()
     QCOMPARE(program.debugLines().contains(QLatin1String(kLoaded)), argument.size() > 255);
 }
 
-void tst_app_process::relativePaths_data()
+void TestAppProcess::relativePaths_data()
 {
     QTest::addColumn<QString>("argument");
     QTest::addColumn<int>("certificates");
@@ -345,7 +345,7 @@ void tst_app_process::relativePaths_data()
     QTest::newRow("nothing there") << QStringLiteral("b.pem") << 0;
 }
 
-void tst_app_process::relativePaths()
+void TestAppProcess::relativePaths()
 {
     QFETCH(QString, argument);
     QFETCH(int, certificates);
@@ -356,7 +356,7 @@ void tst_app_process::relativePaths()
     QCOMPARE(parsed(program), certificates);
 }
 
-void tst_app_process::unusualStartFolders_data()
+void TestAppProcess::unusualStartFolders_data()
 {
     QTest::addColumn<QByteArray>("goThere");
     QTest::addColumn<QString>("argument");
@@ -369,7 +369,7 @@ void tst_app_process::unusualStartFolders_data()
                                   << example("server.pem").mid(1) << 0;
 }
 
-void tst_app_process::unusualStartFolders()
+void TestAppProcess::unusualStartFolders()
 {
     QFETCH(QByteArray, goThere);
     QFETCH(QString, argument);
@@ -384,7 +384,7 @@ void tst_app_process::unusualStartFolders()
     QCOMPARE(parsed(program), certificates);
 }
 
-void tst_app_process::theInstallFolderComesFirst()
+void TestAppProcess::theInstallFolderComesFirst()
 {
     const ViewerTree tree;
     QVERIFY(tree.add(example("server.pem"), "one.pem"));
@@ -394,7 +394,7 @@ void tst_app_process::theInstallFolderComesFirst()
     QCOMPARE(parsed(program), 1);
 }
 
-void tst_app_process::lengthOfTheArgument_data()
+void TestAppProcess::lengthOfTheArgument_data()
 {
     QTest::addColumn<int>("length");
     QTest::addColumn<int>("certificates");
@@ -402,7 +402,7 @@ void tst_app_process::lengthOfTheArgument_data()
     QTest::newRow("256") << 256 << 0;
 }
 
-void tst_app_process::lengthOfTheArgument()
+void TestAppProcess::lengthOfTheArgument()
 {
     QFETCH(int, length);
     QFETCH(int, certificates);
@@ -418,7 +418,7 @@ void tst_app_process::lengthOfTheArgument()
     QCOMPARE(parsed(program), certificates);
 }
 
-void tst_app_process::certificateTextAsArgument()
+void TestAppProcess::certificateTextAsArgument()
 {
     QFile file(example("server.pem"));
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -428,7 +428,7 @@ void tst_app_process::certificateTextAsArgument()
     QCOMPARE(parsed(program), 1);
 }
 
-void tst_app_process::brokenCores_data()
+void TestAppProcess::brokenCores_data()
 {
     QTest::addColumn<QByteArray>("kind");
     for (const char *kind : {"", "without_init", "without_uninit", "without_get_signature_core",
@@ -438,7 +438,7 @@ void tst_app_process::brokenCores_data()
 
 // Without a core nothing names the language file: the window shows the keys, and its title as the
 // form has it.
-void tst_app_process::brokenCores()
+void TestAppProcess::brokenCores()
 {
     QFETCH(QByteArray, kind);
     const ViewerTree tree;
@@ -457,7 +457,7 @@ void tst_app_process::brokenCores()
     QVERIFY(probe.outputLines().contains(QStringLiteral("caption=PXCERTREAD_0039")));
 }
 
-void tst_app_process::looksForPluginsBesideItself()
+void TestAppProcess::looksForPluginsBesideItself()
 {
     ViewerTree tree;
     QVERIFY(QDir(tree.path("bin")).mkdir(QStringLiteral("plugins")));
@@ -468,7 +468,7 @@ void tst_app_process::looksForPluginsBesideItself()
     QVERIFY(!program.debugLines().filter(folder).isEmpty());
 }
 
-void tst_app_process::languages_data()
+void TestAppProcess::languages_data()
 {
     QTest::addColumn<QByteArray>("section");
     QTest::addColumn<QString>("title");
@@ -480,7 +480,7 @@ void tst_app_process::languages_data()
     QTest::newRow("EN") << QByteArray("EN") << QStringLiteral("Certificate Viewer") << simplified;
 }
 
-void tst_app_process::languages()
+void TestAppProcess::languages()
 {
     QFETCH(QByteArray, section);
     QFETCH(QString, title);
@@ -498,7 +498,7 @@ void tst_app_process::languages()
     QVERIFY(probe.outputLines().filter(QStringLiteral("PXCERTREAD")).isEmpty());
 }
 
-void tst_app_process::aMissingKeyShowsItself()
+void TestAppProcess::aMissingKeyShowsItself()
 {
     const ViewerTree tree;
     const char *name = "languages/PXViewCertTool_Lang.ini";
@@ -512,7 +512,7 @@ void tst_app_process::aMissingKeyShowsItself()
     QVERIFY(probe.outputLines().contains(QString::fromUtf8("title=证书查看器")));
 }
 
-void tst_app_process::withoutLanguageFile()
+void TestAppProcess::withoutLanguageFile()
 {
     const ViewerTree tree;
     QVERIFY(QFile::remove(tree.path("languages/PXViewCertTool_Lang.ini")));
@@ -525,7 +525,7 @@ void tst_app_process::withoutLanguageFile()
 }
 
 // What the locale's encoding does not hold is lost.
-void tst_app_process::textsPassThroughTheLocale()
+void TestAppProcess::textsPassThroughTheLocale()
 {
     ViewerTree tree;
     tree.speak("TW");
@@ -539,7 +539,7 @@ void tst_app_process::textsPassThroughTheLocale()
 }
 
 // A dark theme of the desktop changes no pixel.
-void tst_app_process::darkDesktop()
+void TestAppProcess::darkDesktop()
 {
     const auto look = [](const ViewerTree &tree) {
         Program program(tree, kViewer, {example("server.pem")});
@@ -567,7 +567,7 @@ void tst_app_process::darkDesktop()
     QCOMPARE(look(dark), light);
 }
 
-void tst_app_process::scaledDesktop()
+void TestAppProcess::scaledDesktop()
 {
     ViewerTree tree;
     tree.environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QStringLiteral("1.5"));
@@ -576,7 +576,7 @@ void tst_app_process::scaledDesktop()
 }
 
 // A desktop tells its scale by the resolution of its fonts.
-void tst_app_process::desktopOfDoubleResolution()
+void TestAppProcess::desktopOfDoubleResolution()
 {
     const auto xprop = [](const QString &arguments) {
         return QProcess::execute(QStringLiteral("xprop"), arguments.split(QLatin1Char(' ')));
@@ -591,7 +591,7 @@ void tst_app_process::desktopOfDoubleResolution()
     QCOMPARE(Program::place(window).size(), QSize(872, 1394));
 }
 
-void tst_app_process::displayChoice_data()
+void TestAppProcess::displayChoice_data()
 {
     QTest::addColumn<QByteArray>("wayland");
     QTest::addColumn<QByteArray>("x11");
@@ -607,7 +607,7 @@ void tst_app_process::displayChoice_data()
     QTest::newRow("nothing") << none << none << none << none;
 }
 
-void tst_app_process::displayChoice()
+void TestAppProcess::displayChoice()
 {
     QFETCH(QByteArray, wayland);
     QFETCH(QByteArray, x11);
@@ -627,5 +627,5 @@ void tst_app_process::displayChoice()
     QCOMPARE(result, platform);
 }
 
-QTEST_MAIN(tst_app_process)
+QTEST_MAIN(TestAppProcess)
 #include "tst_app_process.moc"

@@ -82,7 +82,7 @@ QByteArray beginningOfCertificate(int length)
 } // namespace
 
 // How the two pages show texts and rows, and how a certificate reaches them.
-class tst_app_views : public QObject
+class TestAppViews : public QObject
 {
     Q_OBJECT
 
@@ -131,7 +131,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-void tst_app_views::summaryGoesToItsBox_data()
+void TestAppViews::summaryGoesToItsBox_data()
 {
     QTest::addColumn<int>("type");
     QTest::addColumn<QString>("upper");
@@ -143,7 +143,7 @@ void tst_app_views::summaryGoesToItsBox_data()
     QTest::newRow("-1") << -1 << QString() << text;
 }
 
-void tst_app_views::summaryGoesToItsBox()
+void TestAppViews::summaryGoesToItsBox()
 {
     QFETCH(int, type);
     QFETCH(QString, upper);
@@ -154,7 +154,7 @@ void tst_app_views::summaryGoesToItsBox()
     QCOMPARE(child<QPlainTextEdit>(window, "plainTextEdit_normal_2")->toPlainText(), lower);
 }
 
-void tst_app_views::summaryIsAppended()
+void TestAppViews::summaryIsAppended()
 {
     MainWindow window;
     window.result_normal(QStringLiteral("one\ntwo"), 0);
@@ -164,7 +164,7 @@ void tst_app_views::summaryIsAppended()
     QCOMPARE(box->blockCount(), 3);
 }
 
-void tst_app_views::boxesShowTheBeginning()
+void TestAppViews::boxesShowTheBeginning()
 {
     Details details;
     const QString lines = QStringLiteral("line\n").repeated(200);
@@ -181,7 +181,7 @@ void tst_app_views::boxesShowTheBeginning()
     }
 }
 
-void tst_app_views::rowsAreShownInOrder()
+void TestAppViews::rowsAreShownInOrder()
 {
     Details details;
     details.window.result_detail(fiveRows());
@@ -189,7 +189,7 @@ void tst_app_views::rowsAreShownInOrder()
     QCOMPARE(details.detail(), QString());
 }
 
-void tst_app_views::laterRowsAreKeptFirst()
+void TestAppViews::laterRowsAreKeptFirst()
 {
     Details details;
     details.window.result_detail({row("a", "1", "", 0), row("b", "2", "", 0)});
@@ -199,7 +199,7 @@ void tst_app_views::laterRowsAreKeptFirst()
     QCOMPARE(details.rows(), list("c=3 d=4 a=1 b=2"));
 }
 
-void tst_app_views::selectorNarrows_data()
+void TestAppViews::selectorNarrows_data()
 {
     QTest::addColumn<int>("index");
     QTest::addColumn<QStringList>("rows");
@@ -209,7 +209,7 @@ void tst_app_views::selectorNarrows_data()
     QTest::newRow("none") << -1 << QStringList();
 }
 
-void tst_app_views::selectorNarrows()
+void TestAppViews::selectorNarrows()
 {
     QFETCH(int, index);
     QFETCH(QStringList, rows);
@@ -220,7 +220,7 @@ void tst_app_views::selectorNarrows()
     QCOMPARE(details.rows(), rows);
 }
 
-void tst_app_views::selectorClearsTheDetail()
+void TestAppViews::selectorClearsTheDetail()
 {
     Details details;
     details.window.result_detail(fiveRows());
@@ -233,7 +233,7 @@ void tst_app_views::selectorClearsTheDetail()
     }
 }
 
-void tst_app_views::selectorTwoThenNoneThenAll()
+void TestAppViews::selectorTwoThenNoneThenAll()
 {
     Details details;
     details.window.result_detail(fiveRows());
@@ -246,7 +246,7 @@ void tst_app_views::selectorTwoThenNoneThenAll()
     QCOMPARE(details.rows(), all);
 }
 
-void tst_app_views::selectorWithoutRows()
+void TestAppViews::selectorWithoutRows()
 {
     Details details;
     details.window.result_detail({});
@@ -260,7 +260,7 @@ void tst_app_views::selectorWithoutRows()
 }
 
 // The flag equals the index minus one: that is the whole filter.
-void tst_app_views::unknownEntryShowsItsKind()
+void TestAppViews::unknownEntryShowsItsKind()
 {
     Details details;
     std::vector<detail_node> rows = fiveRows();
@@ -271,7 +271,7 @@ void tst_app_views::unknownEntryShowsItsKind()
     QCOMPARE(details.rows(), list("Other=o"));
 }
 
-void tst_app_views::clickShowsTheFullText_data()
+void TestAppViews::clickShowsTheFullText_data()
 {
     QTest::addColumn<int>("row");
     QTest::addColumn<int>("column");
@@ -283,7 +283,7 @@ void tst_app_views::clickShowsTheFullText_data()
     QTest::newRow("second of a name") << 4 << 1 << policies;
 }
 
-void tst_app_views::clickShowsTheFullText()
+void TestAppViews::clickShowsTheFullText()
 {
     QFETCH(int, row);
     QFETCH(int, column);
@@ -297,7 +297,7 @@ void tst_app_views::clickShowsTheFullText()
     QCOMPARE(details.box->blockCount(), text.count(QLatin1Char('\n')) + 1);
 }
 
-void tst_app_views::aSelectedRowIsOfOneColour()
+void TestAppViews::aSelectedRowIsOfOneColour()
 {
     Details details;
     details.window.result_detail(fiveRows());
@@ -310,7 +310,7 @@ void tst_app_views::aSelectedRowIsOfOneColour()
         QCOMPARE(image.pixelColor(point), QColor("lightblue"));
 }
 
-void tst_app_views::aLastLineEndIsNotMarkedAsCutOff()
+void TestAppViews::aLastLineEndIsNotMarkedAsCutOff()
 {
     Details ended;
     Details plain;
@@ -327,7 +327,7 @@ void tst_app_views::aLastLineEndIsNotMarkedAsCutOff()
 }
 
 // A certificate is loaded before the window is shown, and then once more by the selector.
-void tst_app_views::rowsAreAsHighBeforeTheWindowIsShown()
+void TestAppViews::rowsAreAsHighBeforeTheWindowIsShown()
 {
     MainWindow window;
     auto *table = child<QTableWidget>(window, "tableWidget_detailinfo");
@@ -340,7 +340,7 @@ void tst_app_views::rowsAreAsHighBeforeTheWindowIsShown()
     QCOMPARE(table->rowHeight(0), height);
 }
 
-void tst_app_views::onlyTheFirstRowsTakeTheirNamesHeight()
+void TestAppViews::onlyTheFirstRowsTakeTheirNamesHeight()
 {
     Details details;
     details.window.result_detail(std::vector<detail_node>(201, row(kLongName, "value", "full", 0)));
@@ -349,7 +349,7 @@ void tst_app_views::onlyTheFirstRowsTakeTheirNamesHeight()
     QCOMPARE(details.table->rowHeight(200), oneLine);
 }
 
-void tst_app_views::clickOnTheEmptyAreaShowsNothing()
+void TestAppViews::clickOnTheEmptyAreaShowsNothing()
 {
     Details details;
     details.window.result_detail({row("a", "1", "full", 0)});
@@ -359,7 +359,7 @@ void tst_app_views::clickOnTheEmptyAreaShowsNothing()
     QCOMPARE(details.detail(), QString());
 }
 
-void tst_app_views::namesAreComparedExactly()
+void TestAppViews::namesAreComparedExactly()
 {
     Details details;
     details.window.result_detail({row("Name", "1", "one", 0), row("name", "2", "two", 0),
@@ -373,7 +373,7 @@ void tst_app_views::namesAreComparedExactly()
 }
 
 // The box leaves out an empty text only while it is empty itself.
-void tst_app_views::emptyFullTexts()
+void TestAppViews::emptyFullTexts()
 {
     Details details;
     details.window.result_detail(
@@ -386,7 +386,7 @@ void tst_app_views::emptyFullTexts()
     QCOMPARE(details.detail(), QStringLiteral("x\n\ny"));
 }
 
-void tst_app_views::fullTextThatEndsInACarriageReturn()
+void TestAppViews::fullTextThatEndsInACarriageReturn()
 {
     Details details;
     details.window.result_detail({row("a", "1", "x\r", 0), row("a", "2", "\ny", 0)});
@@ -397,7 +397,7 @@ void tst_app_views::fullTextThatEndsInACarriageReturn()
     QCOMPARE(details.detail(), oneByOne.toPlainText());
 }
 
-void tst_app_views::tabsShowAndHideTheLine()
+void TestAppViews::tabsShowAndHideTheLine()
 {
     Details details;
     const auto lines = details.window.findChildren<QFrame *>(QStringLiteral("lineEnd2"));
@@ -424,7 +424,7 @@ void tst_app_views::tabsShowAndHideTheLine()
     QVERIFY(lines.at(0)->isVisible());
 }
 
-void tst_app_views::tabClickIsToldOnly()
+void TestAppViews::tabClickIsToldOnly()
 {
     Details details;
     const MessageRecorder recorder;
@@ -436,7 +436,7 @@ void tst_app_views::tabClickIsToldOnly()
     QCOMPARE(details.tabs->currentIndex(), 1);
 }
 
-void tst_app_views::aFileIsLoaded()
+void TestAppViews::aFileIsLoaded()
 {
     Details details;
     const MessageRecorder recorder;
@@ -448,7 +448,7 @@ void tst_app_views::aFileIsLoaded()
         QVERIFY(!child<QPlainTextEdit>(details.window, name)->toPlainText().isEmpty());
 }
 
-void tst_app_views::aMissingFileIsNot()
+void TestAppViews::aMissingFileIsNot()
 {
     Details details;
     const MessageRecorder recorder;
@@ -463,7 +463,7 @@ void tst_app_views::aMissingFileIsNot()
         QCOMPARE(box->toPlainText(), QString());
 }
 
-void tst_app_views::aPathNextToTheStartIsFound()
+void TestAppViews::aPathNextToTheStartIsFound()
 {
     const QString name = QStringLiteral("证书 next to the start.pem");
     const QString target = QDir(QFile::decodeName(startDirectory())).filePath(name);
@@ -476,7 +476,7 @@ void tst_app_views::aPathNextToTheStartIsFound()
     QFile::remove(target);
 }
 
-void tst_app_views::theWorkingDirectoryComesFirst()
+void TestAppViews::theWorkingDirectoryComesFirst()
 {
     const QString name = QStringLiteral("both.pem");
     const QString atStart = QDir(QFile::decodeName(startDirectory())).filePath(name);
@@ -494,7 +494,7 @@ void tst_app_views::theWorkingDirectoryComesFirst()
     QFile::remove(atStart);
 }
 
-void tst_app_views::length_data()
+void TestAppViews::length_data()
 {
     QTest::addColumn<int>("length");
     QTest::addColumn<bool>("isPath");
@@ -505,7 +505,7 @@ void tst_app_views::length_data()
 
 // A certificate lies at a path of this length: it is opened as a file, or its name is taken for a
 // certificate.
-void tst_app_views::length()
+void TestAppViews::length()
 {
     QFETCH(int, length);
     QFETCH(bool, isPath);
@@ -524,7 +524,7 @@ void tst_app_views::length()
     QCOMPARE(details.rows().isEmpty(), !isPath);
 }
 
-void tst_app_views::aLongArgumentIsACertificate()
+void TestAppViews::aLongArgumentIsACertificate()
 {
     const QByteArray text = beginningOfCertificate(300).toBase64();
     QVERIFY(text.size() > 255);
@@ -533,7 +533,7 @@ void tst_app_views::aLongArgumentIsACertificate()
     QCOMPARE(details.rows().size(), 2);
 }
 
-void tst_app_views::aLongArgumentIsPassedAsLatin1()
+void TestAppViews::aLongArgumentIsPassedAsLatin1()
 {
     const QByteArray bytes = beginningOfCertificate(300);
     QVERIFY(!bytes.contains('\0'));
@@ -544,7 +544,7 @@ void tst_app_views::aLongArgumentIsPassedAsLatin1()
                                                 Qt::CaseInsensitive));
 }
 
-void tst_app_views::aLongArgumentMayBePem()
+void TestAppViews::aLongArgumentMayBePem()
 {
     QFile file(QStringLiteral(PX_SOURCE_DIR "/examples/server.pem"));
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -553,7 +553,7 @@ void tst_app_views::aLongArgumentMayBePem()
     QVERIFY(details.table->rowCount() > 10);
 }
 
-void tst_app_views::anUnusedRecordFreesItsBuffer()
+void TestAppViews::anUnusedRecordFreesItsBuffer()
 {
     const auto record = std::make_unique<stu_cert>();
     record->buffer = std::make_unique<char>('x'); // what is not freed, the sanitizer reports
@@ -561,7 +561,7 @@ void tst_app_views::anUnusedRecordFreesItsBuffer()
 }
 
 // A cell is painted by its beginning, however much it holds.
-void tst_app_views::hugeCells()
+void TestAppViews::hugeCells()
 {
     Details details;
     const QString huge(20 * 1024 * 1024, QLatin1Char('x'));
@@ -576,7 +576,7 @@ void tst_app_views::hugeCells()
     QCOMPARE(details.detail(), QStringLiteral("full"));
 }
 
-void tst_app_views::hugeWord_data()
+void TestAppViews::hugeWord_data()
 {
     QTest::addColumn<QString>("part");
     const QString digits = QStringLiteral("30820122300d06092a864886f70d01010105");
@@ -586,7 +586,7 @@ void tst_app_views::hugeWord_data()
 }
 
 // A line break is looked for within bounds, and texts wrap at words again afterwards.
-void tst_app_views::hugeWord()
+void TestAppViews::hugeWord()
 {
     QFETCH(QString, part);
     Details details;
@@ -613,7 +613,7 @@ void tst_app_views::hugeWord()
 }
 
 // However many lines a value has, the box lays out a number that memory has room for.
-void tst_app_views::hugeNumberOfLines()
+void TestAppViews::hugeNumberOfLines()
 {
     constexpr int kMostShown = 1024 * 1024;
     Details details;
@@ -632,7 +632,7 @@ void tst_app_views::hugeNumberOfLines()
              kMostShown + 1);
 }
 
-void tst_app_views::manyRows()
+void TestAppViews::manyRows()
 {
     constexpr int kRows = 50000;
     Details details;
@@ -648,5 +648,5 @@ void tst_app_views::manyRows()
     QVERIFY2(timer.elapsed() < 15000, qPrintable(QString::number(timer.elapsed())));
 }
 
-QTEST_MAIN(tst_app_views)
+QTEST_MAIN(TestAppViews)
 #include "tst_app_views.moc"

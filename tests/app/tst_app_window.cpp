@@ -1,5 +1,5 @@
-#include "app/program_look.h"
-#include "app/window_style.h"
+#include "app/look/program_look.h"
+#include "app/look/window_style.h"
 #include "tests/app/widgets.h"
 #include "ui_mainwindow.h"
 
@@ -65,7 +65,7 @@ QImage withoutChildren(MainWindow &window)
 } // namespace
 
 // How the window is built, dressed and painted.
-class tst_app_window : public QObject
+class TestAppWindow : public QObject
 {
     Q_OBJECT
 
@@ -103,7 +103,7 @@ private slots:
     void dragArea();
 };
 
-void tst_app_window::formHoldsTwelveWidgetsInOrder()
+void TestAppWindow::formHoldsTwelveWidgetsInOrder()
 {
 #define PX_AT(member) std::pair<const char *, std::size_t>(#member, offsetof(Ui_MainWindow, member))
     const std::pair<const char *, std::size_t> members[] = {
@@ -136,7 +136,7 @@ void tst_app_window::formHoldsTwelveWidgetsInOrder()
     QCOMPARE(sizeof form, offset);
 }
 
-void tst_app_window::formHasItsOwnPlacesAndTexts_data()
+void TestAppWindow::formHasItsOwnPlacesAndTexts_data()
 {
     QTest::addColumn<QByteArray>("name");
     QTest::addColumn<QByteArray>("parent");
@@ -158,7 +158,7 @@ void tst_app_window::formHasItsOwnPlacesAndTexts_data()
     add("label_2_notice", "tab_2", {15, 23, 54, 15}, "显示(S):");
 }
 
-void tst_app_window::formHasItsOwnPlacesAndTexts()
+void TestAppWindow::formHasItsOwnPlacesAndTexts()
 {
     QFETCH(QByteArray, name);
     QFETCH(QByteArray, parent);
@@ -175,7 +175,7 @@ void tst_app_window::formHasItsOwnPlacesAndTexts()
         QCOMPARE(label->text(), text);
 }
 
-void tst_app_window::formKeepsItsTitle()
+void TestAppWindow::formKeepsItsTitle()
 {
     QMainWindow window;
     Ui_MainWindow form;
@@ -201,7 +201,7 @@ void tst_app_window::formKeepsItsTitle()
     QCOMPARE(form.tableWidget_detailinfo->selectionMode(), QAbstractItemView::SingleSelection);
 }
 
-void tst_app_window::windowIsFixedAndFrameless()
+void TestAppWindow::windowIsFixedAndFrameless()
 {
     MainWindow window;
     QCOMPARE(window.minimumSize(), QSize(436, 697));
@@ -214,7 +214,7 @@ void tst_app_window::windowIsFixedAndFrameless()
     QCOMPARE(window.size(), QSize(436, 697));
 }
 
-void tst_app_window::slotsStandInOrder()
+void TestAppWindow::slotsStandInOrder()
 {
     const std::pair<const char *, QList<QByteArray>> expected[] = {
         {"result_detail(std::vector<detail_node>)", {"detail_data"}},
@@ -236,7 +236,7 @@ void tst_app_window::slotsStandInOrder()
     QCOMPARE(meta.methodCount(), index);
 }
 
-void tst_app_window::placesOfNamedWidgets_data()
+void TestAppWindow::placesOfNamedWidgets_data()
 {
     QTest::addColumn<QByteArray>("name");
     QTest::addColumn<QRect>("place");
@@ -254,7 +254,7 @@ void tst_app_window::placesOfNamedWidgets_data()
     add("plainTextEdit_detail_2", {28, 315, 356, 201});
 }
 
-void tst_app_window::placesOfNamedWidgets()
+void TestAppWindow::placesOfNamedWidgets()
 {
     QFETCH(QByteArray, name);
     QFETCH(QRect, place);
@@ -262,7 +262,7 @@ void tst_app_window::placesOfNamedWidgets()
     QCOMPARE(child<QWidget>(window, name.constData())->geometry(), place);
 }
 
-void tst_app_window::titleStrip()
+void TestAppWindow::titleStrip()
 {
     MainWindow window;
     const auto labels = window.findChildren<QLabel *>(QString(), Qt::FindDirectChildrenOnly);
@@ -280,7 +280,7 @@ void tst_app_window::titleStrip()
              QPixmap(QStringLiteral(":/img/cert.png")).toImage());
 }
 
-void tst_app_window::twoLinesShareAName()
+void TestAppWindow::twoLinesShareAName()
 {
     MainWindow window;
     const auto lines =
@@ -297,7 +297,7 @@ void tst_app_window::twoLinesShareAName()
     }
 }
 
-void tst_app_window::buttonsAndCaption()
+void TestAppWindow::buttonsAndCaption()
 {
     MainWindow window;
     QCOMPARE(closeButton(window)->geometry(), QRect(371, 17, 45, 29));
@@ -324,14 +324,14 @@ void tst_app_window::buttonsAndCaption()
                  QBrush(QColor(255, 255, 255, 255)));
 }
 
-void tst_app_window::buttonsAreNotNamedAsTheirStylesSay()
+void TestAppWindow::buttonsAreNotNamedAsTheirStylesSay()
 {
     MainWindow window;
     QCOMPARE(closeButton(window)->objectName(), QString());
     QCOMPARE(bottomButton(window)->objectName(), QString());
 }
 
-void tst_app_window::styleSheets_data()
+void TestAppWindow::styleSheets_data()
 {
     QTest::addColumn<QString>("actual");
     QTest::addColumn<QString>("expected");
@@ -396,14 +396,14 @@ void tst_app_window::styleSheets_data()
         "YaHei;color:#333333;}");
 }
 
-void tst_app_window::styleSheets()
+void TestAppWindow::styleSheets()
 {
     QFETCH(QString, actual);
     QFETCH(QString, expected);
     QCOMPARE(actual, expected);
 }
 
-void tst_app_window::table()
+void TestAppWindow::table()
 {
     MainWindow window;
     auto *table = child<QTableWidget>(window, "tableWidget_detailinfo");
@@ -429,7 +429,7 @@ void tst_app_window::table()
     QCOMPARE(table->selectionMode(), QAbstractItemView::SingleSelection);
 }
 
-void tst_app_window::selector()
+void TestAppWindow::selector()
 {
     MainWindow window;
     auto *selector = child<QComboBox>(window, "comboBox_selection");
@@ -446,7 +446,7 @@ void tst_app_window::selector()
     QCOMPARE(selector->view()->metaObject()->className(), "QListView");
 }
 
-void tst_app_window::boxes()
+void TestAppWindow::boxes()
 {
     MainWindow window;
     const auto boxes = window.findChildren<QPlainTextEdit *>();
@@ -462,7 +462,7 @@ void tst_app_window::boxes()
     QCOMPARE(child<QTabWidget>(window, "tabWidget")->currentIndex(), 0);
 }
 
-void tst_app_window::texts_data()
+void TestAppWindow::texts_data()
 {
     QTest::addColumn<QString>("actual");
     QTest::addColumn<QByteArray>("key");
@@ -478,7 +478,7 @@ void tst_app_window::texts_data()
     add(tabs->tabText(1), "PXCERTREAD_0067");
 }
 
-void tst_app_window::texts()
+void TestAppWindow::texts()
 {
     QFETCH(QString, actual);
     QFETCH(QByteArray, key);
@@ -486,7 +486,7 @@ void tst_app_window::texts()
     QVERIFY(actual != QString::fromLatin1(key));
 }
 
-void tst_app_window::resources_data()
+void TestAppWindow::resources_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QSize>("size");
@@ -507,7 +507,7 @@ void tst_app_window::resources_data()
     add(":/img/res/background_right.png", 0, 0);
 }
 
-void tst_app_window::resources()
+void TestAppWindow::resources()
 {
     QFETCH(QString, path);
     QFETCH(QSize, size);
@@ -518,7 +518,7 @@ void tst_app_window::resources()
         QCOMPARE(pixmap.size(), size);
 }
 
-void tst_app_window::fontsThatStandIn_data()
+void TestAppWindow::fontsThatStandIn_data()
 {
     QTest::addColumn<QString>("section");
     QTest::addColumn<QString>("first");
@@ -527,7 +527,7 @@ void tst_app_window::fontsThatStandIn_data()
     QTest::newRow("EN") << QStringLiteral("EN") << QStringLiteral("Noto Sans CJK SC");
 }
 
-void tst_app_window::fontsThatStandIn()
+void TestAppWindow::fontsThatStandIn()
 {
     QFETCH(QString, section);
     QFETCH(QString, first);
@@ -542,7 +542,7 @@ void tst_app_window::fontsThatStandIn()
     QCOMPARE(fonts.last(), QStringLiteral("sans serif"));
 }
 
-void tst_app_window::scaling()
+void TestAppWindow::scaling()
 {
     using namespace window_style;
     QCOMPARE(scaled(-9, 1.0F), -9);
@@ -558,7 +558,7 @@ void tst_app_window::scaling()
              QStringLiteral("font-size:28px;font-Family:Microsoft YaHei;color:#333333;"));
 }
 
-void tst_app_window::patchTable()
+void TestAppWindow::patchTable()
 {
     using namespace window_style;
     const QRect centre = backgroundCentre();
@@ -580,7 +580,7 @@ void tst_app_window::patchTable()
     }
 }
 
-void tst_app_window::patchesOfMarkedImage()
+void TestAppWindow::patchesOfMarkedImage()
 {
     using namespace window_style;
     const QPixmap marked = markedImage();
@@ -603,7 +603,7 @@ void tst_app_window::patchesOfMarkedImage()
     QCOMPARE(image, drawnByHand(marked));
 }
 
-void tst_app_window::paintsTheBackgroundInNineParts()
+void TestAppWindow::paintsTheBackgroundInNineParts()
 {
     MainWindow window;
     const QImage image = withoutChildren(window);
@@ -613,7 +613,7 @@ void tst_app_window::paintsTheBackgroundInNineParts()
     QCOMPARE(qAlpha(image.pixel(218, 348)), 255);
 }
 
-void tst_app_window::centring_data()
+void TestAppWindow::centring_data()
 {
     QTest::addColumn<QRect>("screen");
     QTest::addColumn<QRect>("window");
@@ -629,7 +629,7 @@ void tst_app_window::centring_data()
     QTest::newRow("smaller than the window") << QRect(0, 0, 401, 600) << window << QPoint(-17, -48);
 }
 
-void tst_app_window::centring()
+void TestAppWindow::centring()
 {
     QFETCH(QRect, screen);
     QFETCH(QRect, window);
@@ -637,7 +637,7 @@ void tst_app_window::centring()
     QCOMPARE(window_style::centred(window, screen), place);
 }
 
-void tst_app_window::dragArea_data()
+void TestAppWindow::dragArea_data()
 {
     QTest::addColumn<QPoint>("point");
     QTest::addColumn<bool>("inside");
@@ -657,12 +657,12 @@ void tst_app_window::dragArea_data()
     add(435, 696, false);
 }
 
-void tst_app_window::dragArea()
+void TestAppWindow::dragArea()
 {
     QFETCH(QPoint, point);
     QFETCH(bool, inside);
     QCOMPARE(window_style::dragArea(QSize(436, 697)).contains(point), inside);
 }
 
-QTEST_MAIN(tst_app_window)
+QTEST_MAIN(TestAppWindow)
 #include "tst_app_window.moc"

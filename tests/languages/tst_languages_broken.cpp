@@ -37,7 +37,7 @@ QStringList rowNames(const InstallTree::Outcome &outcome)
 } // namespace
 
 // A suite whose language file is not what it should be: keys are shown, and nothing else happens.
-class tst_languages_broken : public QObject
+class TestLanguagesBroken : public QObject
 {
     Q_OBJECT
 
@@ -54,7 +54,7 @@ private:
     std::unique_ptr<InstallTree> m_tree;
 };
 
-void tst_languages_broken::init()
+void TestLanguagesBroken::init()
 {
     m_tree = std::make_unique<InstallTree>();
     for (const char *name : {"certrows", "PXViewCertTool", "PXSignatureCoreV10.so"}) {
@@ -65,7 +65,7 @@ void tst_languages_broken::init()
                                QStringLiteral(PX_BINARY_DIR "/settings/EN"));
 }
 
-void tst_languages_broken::verifyShows(const char *versionName) const
+void TestLanguagesBroken::verifyShows(const char *versionName) const
 {
     const InstallTree::Outcome rows =
         m_tree->run("certrows", {QStringLiteral(PX_SOURCE_DIR "/examples/server.pem")});
@@ -81,7 +81,7 @@ void tst_languages_broken::verifyShows(const char *versionName) const
     QCOMPARE(viewer.status, 0);
 }
 
-void tst_languages_broken::showsWhatThereIs_data()
+void TestLanguagesBroken::showsWhatThereIs_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QByteArray>("name");
@@ -107,7 +107,7 @@ void tst_languages_broken::showsWhatThereIs_data()
     QTest::newRow("one endless line") << QByteArray(1000000, '[') << key;
 }
 
-void tst_languages_broken::showsWhatThereIs()
+void TestLanguagesBroken::showsWhatThereIs()
 {
     QFETCH(QByteArray, content);
     QFETCH(QByteArray, name);
@@ -115,7 +115,7 @@ void tst_languages_broken::showsWhatThereIs()
     verifyShows(name.constData());
 }
 
-void tst_languages_broken::showsKeysWithoutFile()
+void TestLanguagesBroken::showsKeysWithoutFile()
 {
     verifyShows(kVersionKey);
     QVERIFY(!QFileInfo::exists(m_tree->path(kFile))); // nor was one made
@@ -123,7 +123,7 @@ void tst_languages_broken::showsKeysWithoutFile()
     verifyShows(kVersionKey); // a directory of this name
 }
 
-void tst_languages_broken::readsAFileThatCannotBeWritten()
+void TestLanguagesBroken::readsAFileThatCannotBeWritten()
 {
     QVERIFY(m_tree->write(kFile, shippedFile()));
     QFile file(m_tree->path(kFile));
@@ -137,5 +137,5 @@ void tst_languages_broken::readsAFileThatCannotBeWritten()
     QCOMPARE(QDir(m_tree->path("languages")).entryList(QDir::Files).size(), 1); // no lock file left
 }
 
-QTEST_GUILESS_MAIN(tst_languages_broken)
+QTEST_GUILESS_MAIN(TestLanguagesBroken)
 #include "tst_languages_broken.moc"

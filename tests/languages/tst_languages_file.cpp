@@ -1,7 +1,7 @@
-#include "core/qt_compat.h"
 #include "tests/languages/tables.h"
 #include "util/c_language.h"
 #include "util/c_util.h"
+#include "util/qt_compat.h"
 
 #include <QHash>
 #include <QProcess>
@@ -60,7 +60,7 @@ QString underOid(const QString &oid)
 
 } // namespace
 
-class tst_languages_file : public QObject
+class TestLanguagesFile : public QObject
 {
     Q_OBJECT
 
@@ -82,7 +82,7 @@ private slots:
     void capitalisesEnglishNamesOfExtensions();
 };
 
-void tst_languages_file::isWhatTheTablesSay()
+void TestLanguagesFile::isWhatTheTablesSay()
 {
     QProcess process;
     process.start(QStringLiteral(PX_SOURCE_DIR "/tools/generate_languages.py"),
@@ -96,7 +96,7 @@ void tst_languages_file::isWhatTheTablesSay()
     QCOMPARE(built.readAll(), shipped.readAll());
 }
 
-void tst_languages_file::holdsEveryValueQuotedAndEveryKeyInAscii()
+void TestLanguagesFile::holdsEveryValueQuotedAndEveryKeyInAscii()
 {
     QFile file(builtFile());
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -109,7 +109,7 @@ void tst_languages_file::holdsEveryValueQuotedAndEveryKeyInAscii()
         QVERIFY2(line.match(each).hasMatch(), qPrintable(each));
 }
 
-void tst_languages_file::hasTheSameKeysInEveryLanguage()
+void TestLanguagesFile::hasTheSameKeysInEveryLanguage()
 {
     const QStringList keys = keysOf("EN");
     QVERIFY(!keys.isEmpty());
@@ -127,7 +127,7 @@ void tst_languages_file::hasTheSameKeysInEveryLanguage()
 }
 
 // Values of a certificate are looked up as well, so a key must not look like one.
-void tst_languages_file::hasNoKeyThatACertificateCouldHoldAsAValue()
+void TestLanguagesFile::hasNoKeyThatACertificateCouldHoldAsAValue()
 {
     const QRegularExpression key(
         QStringLiteral("^PX(CERTREAD_00[0-7][0-9]|OID_[0-9]+(_[0-9]+)+)$"));
@@ -138,7 +138,7 @@ void tst_languages_file::hasNoKeyThatACertificateCouldHoldAsAValue()
     }
 }
 
-void tst_languages_file::readsBack_data()
+void TestLanguagesFile::readsBack_data()
 {
     QTest::addColumn<QString>("language");
     QTest::addColumn<QString>("key");
@@ -157,7 +157,7 @@ void tst_languages_file::readsBack_data()
     }
 }
 
-void tst_languages_file::readsBack()
+void TestLanguagesFile::readsBack()
 {
     QFETCH(QString, language);
     QFETCH(QString, key);
@@ -172,7 +172,7 @@ void tst_languages_file::readsBack()
     QCOMPARE(table.GetValue(key), text);
 }
 
-void tst_languages_file::namesIdentifiers_data()
+void TestLanguagesFile::namesIdentifiers_data()
 {
     QTest::addColumn<QString>("oid");
     QTest::addColumn<QString>("key");
@@ -195,7 +195,7 @@ void tst_languages_file::namesIdentifiers_data()
     QVERIFY(count >= 461);
 }
 
-void tst_languages_file::namesIdentifiers()
+void TestLanguagesFile::namesIdentifiers()
 {
     QFETCH(QString, oid);
     QFETCH(QString, key);
@@ -207,7 +207,7 @@ void tst_languages_file::namesIdentifiers()
     }
 }
 
-void tst_languages_file::keepsShortNamesOfAttributes_data()
+void TestLanguagesFile::keepsShortNamesOfAttributes_data()
 {
     QTest::addColumn<QString>("oid");
     QTest::addColumn<QString>("name");
@@ -221,7 +221,7 @@ void tst_languages_file::keepsShortNamesOfAttributes_data()
     }
 }
 
-void tst_languages_file::keepsShortNamesOfAttributes()
+void TestLanguagesFile::keepsShortNamesOfAttributes()
 {
     QFETCH(QString, oid);
     QFETCH(QString, name);
@@ -230,7 +230,7 @@ void tst_languages_file::keepsShortNamesOfAttributes()
         QCOMPARE(tableOf(language).GetValue(name), name);
 }
 
-void tst_languages_file::recognisesExtensions_data()
+void TestLanguagesFile::recognisesExtensions_data()
 {
     QTest::addColumn<QString>("key");
     QTest::addColumn<QString>("oid");
@@ -248,7 +248,7 @@ void tst_languages_file::recognisesExtensions_data()
 }
 
 // The model tells an extension by its name, so no other identifier may bear it.
-void tst_languages_file::recognisesExtensions()
+void TestLanguagesFile::recognisesExtensions()
 {
     QFETCH(QString, key);
     QFETCH(QString, oid);
@@ -264,7 +264,7 @@ void tst_languages_file::recognisesExtensions()
     }
 }
 
-void tst_languages_file::namesNoTwoRowsAlike_data()
+void TestLanguagesFile::namesNoTwoRowsAlike_data()
 {
     QTest::addColumn<QString>("language");
     for (const char *language : kLanguages)
@@ -272,7 +272,7 @@ void tst_languages_file::namesNoTwoRowsAlike_data()
 }
 
 // A click on a row shows every row of the same name, so only rows for the same thing may share one.
-void tst_languages_file::namesNoTwoRowsAlike()
+void TestLanguagesFile::namesNoTwoRowsAlike()
 {
     QFETCH(QString, language);
     const QStringList groups{QStringLiteral("Extension"), QStringLiteral("SCT"),
@@ -300,7 +300,7 @@ void tst_languages_file::namesNoTwoRowsAlike()
 
 // Names stand below each other in the table, so one in another style is seen. What a name says in
 // brackets is a remark.
-void tst_languages_file::capitalisesEnglishNamesOfExtensions()
+void TestLanguagesFile::capitalisesEnglishNamesOfExtensions()
 {
     const QRegularExpression remark(QStringLiteral(R"( \(.*\)$)"));
     const QRegularExpression smallWord(QStringLiteral(R"(\b(?!of\b|the\b|v[0-9])[a-z])"));
@@ -316,5 +316,5 @@ void tst_languages_file::capitalisesEnglishNamesOfExtensions()
     QVERIFY(count > 50);
 }
 
-QTEST_GUILESS_MAIN(tst_languages_file)
+QTEST_GUILESS_MAIN(TestLanguagesFile)
 #include "tst_languages_file.moc"

@@ -44,12 +44,10 @@ QByteArray decoded(const QByteArray &text)
     const GuardedBuffer<char> input(text.constData(), std::size_t(text.size()) + 1);
     std::uint64_t length = 12345;
     const Freed<unsigned char> data(PXBase64Decode(input.get(), &length));
-    if (data == nullptr) {
+    if (!data)
         return length == 12345 ? "refused" : "the length was written";
-    }
-    if (data.get()[length] != 0) {
+    if (data.get()[length] != 0)
         return "not terminated";
-    }
     return {reinterpret_cast<const char *>(data.get()), int(length)};
 }
 
@@ -73,12 +71,10 @@ QByteArray leniently(const QByteArray &text, int length, const QByteArray &table
     for (int i = 0; i < length; i += 4) {
         const int value[] = {valueAt(i), valueAt(i + 1), valueAt(i + 2), valueAt(i + 3)};
         result += char((value[0] << 2) + ((value[1] >> 4) & 3));
-        if (value[2] != 64) {
+        if (value[2] != 64)
             result += char((value[1] << 4) + ((value[2] >> 2) & 15));
-        }
-        if (value[2] != 64 && value[3] != 64) {
+        if (value[2] != 64 && value[3] != 64)
             result += char((value[2] << 6) + (value[3] & 63));
-        }
     }
     return result;
 }
@@ -93,15 +89,14 @@ QByteArray encodedEx(const QByteArray &data, const char *table = kStandard)
 QByteArray randomOctets(QRandomGenerator &random, int size)
 {
     QByteArray result(size, '\0');
-    for (char &octet : result) {
+    for (char &octet : result)
         octet = char(random.bounded(256));
-    }
     return result;
 }
 
 } // namespace
 
-class tst_pxcpp_base64 : public QObject
+class TestPxcppBase64 : public QObject
 {
     Q_OBJECT
 
@@ -135,7 +130,7 @@ private slots:
     void withoutMemory();
 };
 
-void tst_pxcpp_base64::encode_data()
+void TestPxcppBase64::encode_data()
 {
     QTest::addColumn<QByteArray>("data");
     QTest::addColumn<QByteArray>("text");
@@ -158,7 +153,7 @@ void tst_pxcpp_base64::encode_data()
     row("\xFB\xEF\xBE", "++++");
 }
 
-void tst_pxcpp_base64::encode()
+void TestPxcppBase64::encode()
 {
     QFETCH(QByteArray, data);
     QFETCH(QByteArray, text);
@@ -166,23 +161,20 @@ void tst_pxcpp_base64::encode()
     QCOMPARE(decoded(text), data);
 }
 
-void tst_pxcpp_base64::encodeMessages()
+void TestPxcppBase64::encodeMessages()
 {
-    QCOMPARE(printedBy([] { QVERIFY(PXBase64Encode(nullptr, 1) == nullptr); }),
-             QByteArray(kNullData));
-    QCOMPARE(printedBy([] { QVERIFY(PXBase64Encode(nullptr, 0) == nullptr); }),
-             QByteArray(kNullData));
-    QCOMPARE(printedBy([] { QVERIFY(PXBase64Encode("M", 0) == nullptr); }), QByteArray());
+    QCOMPARE(printedBy([] { QVERIFY(!PXBase64Encode(nullptr, 1)); }), QByteArray(kNullData));
+    QCOMPARE(printedBy([] { QVERIFY(!PXBase64Encode(nullptr, 0)); }), QByteArray(kNullData));
+    QCOMPARE(printedBy([] { QVERIFY(!PXBase64Encode("M", 0)); }), QByteArray());
     QCOMPARE(printedBy([] { Freed<char>(PXBase64Encode("M", 1)); }), QByteArray());
     // Texts longer than any object, and one whose length comes out as 1.
     for (const std::uint64_t length :
          {std::uint64_t(1) << 61, UINT64_MAX / 4 * 3, std::uint64_t(3) << 62, UINT64_MAX}) {
-        QCOMPARE(printedBy([&] { QVERIFY(PXBase64Encode("M", length) == nullptr); }),
-                 QByteArray(kNoMemory));
+        QCOMPARE(printedBy([&] { QVERIFY(!PXBase64Encode("M", length)); }), QByteArray(kNoMemory));
     }
 }
 
-void tst_pxcpp_base64::tableIndex()
+void TestPxcppBase64::tableIndex()
 {
     for (int character = 0; character < 256; ++character) {
         const int position = int(QByteArray(kStandard).indexOf(char(character)));
@@ -193,7 +185,7 @@ void tst_pxcpp_base64::tableIndex()
     QCOMPARE(int(GetTableIndex('=')), 64);
 }
 
-void tst_pxcpp_base64::decode_data()
+void TestPxcppBase64::decode_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QByteArray>("data");
@@ -220,20 +212,19 @@ void tst_pxcpp_base64::decode_data()
     row("TW=u", "M");
 }
 
-void tst_pxcpp_base64::decode()
+void TestPxcppBase64::decode()
 {
     QFETCH(QByteArray, text);
     QFETCH(QByteArray, data);
     QCOMPARE(printedBy([&] { QCOMPARE(decoded(text), data); }), QByteArray());
 }
 
-void tst_pxcpp_base64::decodeRefuses_data()
+void TestPxcppBase64::decodeRefuses_data()
 {
     QTest::addColumn<QByteArray>("text");
 
-    for (const char *text : {"T", "TW", "TWF", "TWFuT", "TWFuTWF", "TQ=", "TWFu\n", "TW\nFu==="}) {
+    for (const char *text : {"T", "TW", "TWF", "TWFuT", "TWFuTWF", "TQ=", "TWFu\n", "TW\nFu==="})
         QTest::newRow(QByteArray(text).replace('\n', "(LF)")) << QByteArray(text);
-    }
     for (const char wrong : {'\n', '\r', ' ', '-', '_', '.', '\x01', '\x80', '\xFF'}) {
         for (int i = 0; i < 8; ++i) {
             QByteArray text("TWFuTWFu");
@@ -243,29 +234,28 @@ void tst_pxcpp_base64::decodeRefuses_data()
     }
 }
 
-void tst_pxcpp_base64::decodeRefuses()
+void TestPxcppBase64::decodeRefuses()
 {
     QFETCH(QByteArray, text);
     const QByteArray printed = printedBy([&] { QCOMPARE(decoded(text), QByteArray("refused")); });
     QCOMPARE(printed, QByteArray(kNotInTable));
 }
 
-void tst_pxcpp_base64::decodeMessages()
+void TestPxcppBase64::decodeMessages()
 {
     std::uint64_t length = 7;
-    QCOMPARE(printedBy([&] { QVERIFY(PXBase64Decode(nullptr, &length) == nullptr); }),
-             QByteArray(kNullText));
+    QCOMPARE(printedBy([&] { QVERIFY(!PXBase64Decode(nullptr, &length)); }), QByteArray(kNullText));
     QCOMPARE(length, std::uint64_t(7));
 }
 
-void tst_pxcpp_base64::decodeWithoutALength()
+void TestPxcppBase64::decodeWithoutALength()
 {
     const Freed<unsigned char> data(PXBase64Decode("TWE=", nullptr));
     QCOMPARE(reinterpret_cast<const char *>(data.get()), "Ma");
-    QVERIFY(Freed<unsigned char>(PXBase64Decode("", nullptr)) != nullptr);
+    QVERIFY(Freed<unsigned char>(PXBase64Decode("", nullptr)));
 }
 
-void tst_pxcpp_base64::likeQt()
+void TestPxcppBase64::likeQt()
 {
     QRandomGenerator random(1);
     for (int size = 1; size < 600; ++size) {
@@ -275,7 +265,7 @@ void tst_pxcpp_base64::likeQt()
     }
 }
 
-void tst_pxcpp_base64::setTable()
+void TestPxcppBase64::setTable()
 {
     char table[66] = {};
     std::copy_n(kUrl, 66, table);
@@ -294,7 +284,7 @@ void tst_pxcpp_base64::setTable()
     QCOMPARE(int(GetTableIndex('=')), 64);
 }
 
-void tst_pxcpp_base64::tableChangedInPlace()
+void TestPxcppBase64::tableChangedInPlace()
 {
     char table[66] = {};
     std::copy_n(kStandard, 66, table);
@@ -308,7 +298,7 @@ void tst_pxcpp_base64::tableChangedInPlace()
     QCOMPARE(int(GetTableIndex('T')), 20);
 }
 
-void tst_pxcpp_base64::defaultTableIsWritable()
+void TestPxcppBase64::defaultTableIsWritable()
 {
     char *standard = PXBase64SetTableCode(nullptr);
     standard[64] = '~';
@@ -318,7 +308,7 @@ void tst_pxcpp_base64::defaultTableIsWritable()
     QCOMPARE(encoded("M"), QByteArray("TQ=="));
 }
 
-void tst_pxcpp_base64::doubleCharacterInTable()
+void TestPxcppBase64::doubleCharacterInTable()
 {
     char table[66] = {};
     std::copy_n(kStandard, 66, table);
@@ -329,12 +319,12 @@ void tst_pxcpp_base64::doubleCharacterInTable()
     QCOMPARE(decodedEx("AAAA", 4, table), QByteArray("\0\0\0", 3));
 }
 
-void tst_pxcpp_base64::encodeEx_data()
+void TestPxcppBase64::encodeEx_data()
 {
     encode_data();
 }
 
-void tst_pxcpp_base64::encodeEx()
+void TestPxcppBase64::encodeEx()
 {
     QFETCH(QByteArray, data);
     QFETCH(QByteArray, text);
@@ -343,7 +333,7 @@ void tst_pxcpp_base64::encodeEx()
     QCOMPARE(PXBase64EncodeEx(data), QString::fromLatin1(text));
 }
 
-void tst_pxcpp_base64::encodeExString()
+void TestPxcppBase64::encodeExString()
 {
     QCOMPARE(printedBy([] {
                  QVERIFY(PXBase64EncodeEx(QByteArray()).isNull());
@@ -362,7 +352,7 @@ void tst_pxcpp_base64::encodeExString()
     QCOMPARE(PXBase64EncodeEx(QByteArray("M")), QString("TQ") + QString(2, QChar(0xA4)));
 }
 
-void tst_pxcpp_base64::encodeExBeyondTheEstimate()
+void TestPxcppBase64::encodeExBeyondTheEstimate()
 {
     QRandomGenerator random(2);
     for (const int size : {12582909, 12582910, 12582911, 12582912}) {
@@ -372,7 +362,7 @@ void tst_pxcpp_base64::encodeExBeyondTheEstimate()
     }
 }
 
-void tst_pxcpp_base64::decodeEx_data()
+void TestPxcppBase64::decodeEx_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("length");
@@ -399,7 +389,7 @@ void tst_pxcpp_base64::decodeEx_data()
     row("high octets", "\xFF\xFE\x80\x81", 4, QByteArray("\0", 1));
 }
 
-void tst_pxcpp_base64::decodeEx()
+void TestPxcppBase64::decodeEx()
 {
     QFETCH(QByteArray, text);
     QFETCH(int, length);
@@ -408,7 +398,7 @@ void tst_pxcpp_base64::decodeEx()
              QByteArray());
 }
 
-void tst_pxcpp_base64::decodeExAsDescribed()
+void TestPxcppBase64::decodeExAsDescribed()
 {
     QRandomGenerator random(3);
     // A table may be longer or shorter than 65 characters here.
@@ -428,16 +418,16 @@ void tst_pxcpp_base64::decodeExAsDescribed()
     }
 }
 
-void tst_pxcpp_base64::refusalsOfEx()
+void TestPxcppBase64::refusalsOfEx()
 {
     int count = 7;
     const QByteArray printed = printedBy([&] {
-        QVERIFY(DeCodeBase64Ex(nullptr, 4, kStandard, &count) == nullptr);
-        QVERIFY(DeCodeBase64Ex(nullptr, 0, kStandard, &count) == nullptr);
-        QVERIFY(DeCodeBase64Ex("TWFu", 4, nullptr, &count) == nullptr);
-        QVERIFY(EnCodeBase64Ex(nullptr, 3, kStandard) == nullptr);
-        QVERIFY(EnCodeBase64Ex(nullptr, 0, kStandard) == nullptr);
-        QVERIFY(EnCodeBase64Ex("Man", 3, nullptr) == nullptr);
+        QVERIFY(!DeCodeBase64Ex(nullptr, 4, kStandard, &count));
+        QVERIFY(!DeCodeBase64Ex(nullptr, 0, kStandard, &count));
+        QVERIFY(!DeCodeBase64Ex("TWFu", 4, nullptr, &count));
+        QVERIFY(!EnCodeBase64Ex(nullptr, 3, kStandard));
+        QVERIFY(!EnCodeBase64Ex(nullptr, 0, kStandard));
+        QVERIFY(!EnCodeBase64Ex("Man", 3, nullptr));
     });
     QCOMPARE(printed, QByteArray());
     QCOMPARE(count, 7);
@@ -447,7 +437,7 @@ void tst_pxcpp_base64::refusalsOfEx()
         QCOMPARE(text.get(), "");
         const std::unique_ptr<unsigned char[]> data(
             DeCodeBase64Ex("TWFu", length, kStandard, &count));
-        QVERIFY(data != nullptr);
+        QVERIFY(data);
         QCOMPARE(int(data[0]), 0);
         QCOMPARE(count, 0);
     }
@@ -455,7 +445,7 @@ void tst_pxcpp_base64::refusalsOfEx()
     QCOMPARE(int(data[0]), int('M'));
 }
 
-void tst_pxcpp_base64::roundTripEx()
+void TestPxcppBase64::roundTripEx()
 {
     QRandomGenerator random(4);
     for (int size = 1; size < 600; ++size) {
@@ -469,7 +459,7 @@ void tst_pxcpp_base64::roundTripEx()
     }
 }
 
-void tst_pxcpp_base64::withoutMemory()
+void TestPxcppBase64::withoutMemory()
 {
     // No heap for the text: the sanitizer's limit holds for it, too.
     const std::size_t size = std::size_t(128) << 20;
@@ -484,12 +474,12 @@ void tst_pxcpp_base64::withoutMemory()
     QVERIFY2(encoding.output.endsWith(kNoMemory), encoding.output.constData());
     const auto silent = runWithoutMemory([&] {
         int count = 7;
-        const bool null = DeCodeBase64Ex(text.get(), int(size), kStandard, &count) == nullptr &&
-                          EnCodeBase64Ex(text.get(), int(size), kStandard) == nullptr;
+        const bool null = !DeCodeBase64Ex(text.get(), int(size), kStandard, &count) &&
+                          !EnCodeBase64Ex(text.get(), int(size), kStandard);
         std::puts(null && count == 7 ? "null" : "something");
     });
     QVERIFY2(silent.output.endsWith("null\n"), silent.output.constData());
 }
 
-QTEST_GUILESS_MAIN(tst_pxcpp_base64)
+QTEST_GUILESS_MAIN(TestPxcppBase64)
 #include "tst_pxcpp_base64.moc"

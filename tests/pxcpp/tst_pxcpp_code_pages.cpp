@@ -1,5 +1,5 @@
 #include "pxcpp/code_convert.h"
-#include "pxcpp/code_tables.h"
+#include "pxcpp/tables/code_tables.h"
 
 #include <algorithm>
 #include <functional>
@@ -28,9 +28,8 @@ struct page_mappings
 unsigned int number(const QByteArray &octets)
 {
     unsigned int result = 0;
-    for (const char octet : octets) {
+    for (const char octet : octets)
         result = result << 8 | static_cast<unsigned char>(octet);
-    }
     return result;
 }
 
@@ -99,9 +98,8 @@ page_mappings icuPage(const QString &name)
     }
     const auto codes =
         uconv({"-f", "UTF-16BE", "-t", name, "--to-callback", "skip"}, text).split('\n');
-    for (int i = 0; i < values.size() && codes.size() == values.size() + 1; ++i) {
+    for (int i = 0; i < values.size() && codes.size() == values.size() + 1; ++i)
         result.to[std::size_t(values[i])] = number(codes[i]);
-    }
 
     values.clear();
     text.clear();
@@ -116,9 +114,8 @@ page_mappings icuPage(const QString &name)
         uconv({"-f", name, "-t", "UTF-8", "--from-callback", "substitute"}, text);
     const auto lines = QString::fromUtf8(output.constData(), output.size()).split('\n');
     for (int i = 0; i < values.size() && lines.size() == values.size() + 1; ++i) {
-        if (lines[i].size() == 1 && lines[i][0] != QChar::ReplacementCharacter) {
+        if (lines[i].size() == 1 && lines[i][0] != QChar::ReplacementCharacter)
             result.from[std::size_t(values[i])] = lines[i][0].unicode();
-        }
     }
     result.to['\n'] = result.from['\n'] = '\n';
     return result;
@@ -149,9 +146,8 @@ QVector<difference> differencesOf(const QByteArray &page, const QByteArray &dire
 {
     QFile file(PX_TEST_DATA "/pxcpp/code_page_differences.tsv");
     QVector<difference> result;
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!file.open(QIODevice::ReadOnly))
         return result;
-    }
     while (!file.atEnd()) {
         const QByteArrayList fields = file.readLine().trimmed().split('\t');
         if (fields.size() == 7 && fields[0] == page && fields[1] == direction) {
@@ -168,13 +164,11 @@ QString unexplained(const Mapping &reference, const QVector<difference> &differe
 {
     Mapping expected = reference;
     for (const difference &row : differences) {
-        if (reference[row.first] != row.theirs) {
+        if (reference[row.first] != row.theirs)
             return QString("listed wrongly at %1").arg(row.first, 0, 16);
-        }
         for (unsigned int i = row.first; i <= row.last; ++i) {
-            if (expected[i] == row.ours) {
+            if (expected[i] == row.ours)
                 return QString("listed, but no difference at %1").arg(i, 0, 16);
-            }
             expected[i] = row.ours;
         }
     }
@@ -231,9 +225,8 @@ QMap<uint, uint> upperCasePairs()
             const QByteArrayList range = fields[0].trimmed().split('.'); // "0061..007A" or "00B5"
             const uint first = range.first().toUInt(nullptr, 16);
             const uint last = range.last().toUInt(nullptr, 16);
-            for (uint i = first; i <= last; ++i) {
+            for (uint i = first; i <= last; ++i)
                 old[i] = true;
-            }
         }
     }
     QMap<uint, uint> result;
@@ -241,16 +234,15 @@ QMap<uint, uint> upperCasePairs()
         const auto fields = data.readLine().split(';');
         const uint character = fields[0].toUInt(nullptr, 16);
         const uint upper = fields[12].toUInt(nullptr, 16);
-        if (upper != 0 && character < kCodes && old[character] && old[upper]) {
+        if (upper != 0 && character < kCodes && old[character] && old[upper])
             result[character] = upper;
-        }
     }
     return result;
 }
 
 } // namespace
 
-class tst_pxcpp_code_pages : public QObject
+class TestPxcppCodePages : public QObject
 {
     Q_OBJECT
 
@@ -268,18 +260,16 @@ private slots:
     void upperCaseRecords();
 };
 
-void tst_pxcpp_code_pages::likeTheReference_data()
+void TestPxcppCodePages::likeTheReference_data()
 {
     QTest::addColumn<int>("page");
-    for (const int page : {932, 936, 949, 950}) {
+    for (const int page : {932, 936, 949, 950})
         QTest::addRow("%d", page) << page;
-    }
-    for (const int page : kOemPages) {
+    for (const int page : kOemPages)
         QTest::addRow("%d", page) << page;
-    }
 }
 
-void tst_pxcpp_code_pages::likeTheReference()
+void TestPxcppCodePages::likeTheReference()
 {
     QFETCH(int, page);
     const auto codePage = static_cast<unsigned short>(page);
@@ -297,12 +287,11 @@ void tst_pxcpp_code_pages::likeTheReference()
     QCOMPARE(unexplained(reference.from, differencesOf(name, "from"), decode), QString());
 }
 
-void tst_pxcpp_code_pages::pairTablesAreSorted()
+void TestPxcppCodePages::pairTablesAreSorted()
 {
     for (const pair_table &table : pairTables()) {
-        for (int i = 1; i < table.real; ++i) {
+        for (int i = 1; i < table.real; ++i)
             QVERIFY2(table.pairs[i - 1].from < table.pairs[i].from, table.name);
-        }
         for (int i = table.real; i <= table.highest; ++i) {
             QCOMPARE(uint(table.pairs[i].from), 0xFFFFU);
             QCOMPARE(uint(table.pairs[i].to), 0U);
@@ -310,7 +299,7 @@ void tst_pxcpp_code_pages::pairTablesAreSorted()
     }
 }
 
-void tst_pxcpp_code_pages::everyPairIsFound()
+void TestPxcppCodePages::everyPairIsFound()
 {
     for (const pair_table &table : pairTables()) {
         for (int i = 0; i < table.real; ++i) {
@@ -320,7 +309,7 @@ void tst_pxcpp_code_pages::everyPairIsFound()
     }
 }
 
-void tst_pxcpp_code_pages::likeAPlainSearch()
+void TestPxcppCodePages::likeAPlainSearch()
 {
     // Narrows to either side of each probe and ends at a match; the bound itself is never probed.
     const auto plainSearch = [](const pair_table &table, int value) {
@@ -328,12 +317,10 @@ void tst_pxcpp_code_pages::likeAPlainSearch()
         int high = table.highest;
         for (int probes = 0; probes < 16; ++probes) {
             const int probe = low + (high - low) / 2;
-            if (probe >= table.highest) {
+            if (probe >= table.highest)
                 return -1;
-            }
-            if (table.pairs[probe].from == value) {
+            if (table.pairs[probe].from == value)
                 return int(table.pairs[probe].to);
-            }
             (table.pairs[probe].from < value ? low : high) = probe;
         }
         return 0;
@@ -346,7 +333,7 @@ void tst_pxcpp_code_pages::likeAPlainSearch()
     }
 }
 
-void tst_pxcpp_code_pages::singleByteTables()
+void TestPxcppCodePages::singleByteTables()
 {
     for (std::size_t i = 0; i < std::size(kOemPages); ++i) {
         QCOMPARE(code_tables::oem_pages[i], kOemPages[i]);
@@ -361,7 +348,7 @@ void tst_pxcpp_code_pages::singleByteTables()
     QCOMPARE(uint(code_tables::oem_pages[17]), 0U);
 }
 
-void tst_pxcpp_code_pages::limits()
+void TestPxcppCodePages::limits()
 {
     const unsigned short pages[] = {437, 850, 869, 932, 936, 949, 950, 0, 900, 12345};
     for (const unsigned short page : pages) {
@@ -369,9 +356,8 @@ void tst_pxcpp_code_pages::limits()
             QCOMPARE(ff_uni2oem(value, page), value);
             QCOMPARE(ff_oem2uni(value, page), value);
         }
-        for (const unsigned int value : {0x10000U, 0x100C7U, 0x14E2DU, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+        for (const unsigned int value : {0x10000U, 0x100C7U, 0x14E2DU, 0x7FFFFFFFU, 0xFFFFFFFFU})
             QCOMPARE(uint(ff_uni2oem(value, page)), 0U);
-        }
         QCOMPARE(uint(ff_uni2oem(0xFFFF, page)), 0U);
         QCOMPARE(uint(ff_oem2uni(0xFFFF, page)), 0U);
     }
@@ -380,7 +366,7 @@ void tst_pxcpp_code_pages::limits()
     QCOMPARE(uint(ff_oem2uni(0xFF, 437)), 0xA0U);
 }
 
-void tst_pxcpp_code_pages::unknownPages()
+void TestPxcppCodePages::unknownPages()
 {
     for (int page = 0; page < kCodes; ++page) {
         const bool known =
@@ -395,7 +381,7 @@ void tst_pxcpp_code_pages::unknownPages()
     }
 }
 
-void tst_pxcpp_code_pages::charactersOfNote()
+void TestPxcppCodePages::charactersOfNote()
 {
     const unsigned short start[] = {0x00C7, 0x00FC, 0x00E9, 0x00E2};
     QVERIFY(std::equal(std::begin(start), std::end(start), code_tables::oem_to_unicode[0]));
@@ -421,20 +407,18 @@ void tst_pxcpp_code_pages::charactersOfNote()
     }
 }
 
-void tst_pxcpp_code_pages::upperCaseOfEverything()
+void TestPxcppCodePages::upperCaseOfEverything()
 {
     const QMap<uint, uint> pairs = upperCasePairs();
     QCOMPARE(pairs.size(), 891);
-    for (uint character = 0; character < kCodes; ++character) {
+    for (uint character = 0; character < kCodes; ++character)
         QCOMPARE(ff_wtoupper(character), pairs.value(character, character));
-    }
     // U+10428 has an upper-case form, but it is beyond the tables.
-    for (const uint character : {0x10000U, 0x10061U, 0x10428U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+    for (const uint character : {0x10000U, 0x10061U, 0x10428U, 0x7FFFFFFFU, 0xFFFFFFFFU})
         QCOMPARE(ff_wtoupper(character), character);
-    }
 }
 
-void tst_pxcpp_code_pages::upperCaseRecords()
+void TestPxcppCodePages::upperCaseRecords()
 {
     QCOMPARE(uint(code_tables::upper_case_low[0]), 0x61U);
     QCOMPARE(uint(code_tables::upper_case_high[0]), 0x1D7DU);
@@ -455,5 +439,5 @@ void tst_pxcpp_code_pages::upperCaseRecords()
     QVERIFY(std::find(used.begin(), used.end(), 0) == used.end());
 }
 
-QTEST_GUILESS_MAIN(tst_pxcpp_code_pages)
+QTEST_GUILESS_MAIN(TestPxcppCodePages)
 #include "tst_pxcpp_code_pages.moc"

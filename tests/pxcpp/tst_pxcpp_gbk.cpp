@@ -53,9 +53,8 @@ QByteArray iconvFromUtf8(const QByteArray &utf8)
     auto fromLeft = std::size_t(text.size());
     auto toLeft = std::size_t(result.size());
     iconv_t converter = iconv_open("CP936", "UTF-8");
-    if (iconv(converter, &from, &fromLeft, &to, &toLeft) != 0) {
+    if (iconv(converter, &from, &fromLeft, &to, &toLeft) != 0)
         result.clear();
-    }
     iconv_close(converter);
     result.chop(int(toLeft));
     return result;
@@ -96,7 +95,7 @@ private:
 
 Q_DECLARE_METATYPE(Units)
 
-class tst_pxcpp_gbk : public QObject
+class TestPxcppGbk : public QObject
 {
     Q_OBJECT
 
@@ -120,7 +119,7 @@ private slots:
     void randomOctets();
 };
 
-void tst_pxcpp_gbk::fromUnits_data()
+void TestPxcppGbk::fromUnits_data()
 {
     QTest::addColumn<Units>("units");
     QTest::addColumn<QByteArray>("expected");
@@ -138,14 +137,14 @@ void tst_pxcpp_gbk::fromUnits_data()
     QTest::newRow("low half is not looked up") << Units{0x14E2D} << QByteArray("\0\0", 2);
 }
 
-void tst_pxcpp_gbk::fromUnits()
+void TestPxcppGbk::fromUnits()
 {
     QFETCH(Units, units);
     QFETCH(QByteArray, expected);
     QCOMPARE(gbkOf(units).toHex(), expected.toHex());
 }
 
-void tst_pxcpp_gbk::toUnits_data()
+void TestPxcppGbk::toUnits_data()
 {
     QTest::addColumn<QByteArray>("gbk");
     QTest::addColumn<Units>("expected");
@@ -170,14 +169,14 @@ void tst_pxcpp_gbk::toUnits_data()
                                     << Units{0, 'A'};
 }
 
-void tst_pxcpp_gbk::toUnits()
+void TestPxcppGbk::toUnits()
 {
     QFETCH(QByteArray, gbk);
     QFETCH(Units, expected);
     QCOMPARE(unitsOf(gbk), expected);
 }
 
-void tst_pxcpp_gbk::everyPair()
+void TestPxcppGbk::everyPair()
 {
     int pairs = 0;
     for (unsigned int lead = 0x81; lead < 0x100; ++lead) {
@@ -194,7 +193,7 @@ void tst_pxcpp_gbk::everyPair()
     QCOMPARE(pairs, 21791); // and the euro
 }
 
-void tst_pxcpp_gbk::utf8_data()
+void TestPxcppGbk::utf8_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QByteArray>("expected");
@@ -212,14 +211,14 @@ void tst_pxcpp_gbk::utf8_data()
     QTest::newRow("stray continuation") << QByteArray("\x80") << QByteArray("\0\0", 2);
 }
 
-void tst_pxcpp_gbk::utf8()
+void TestPxcppGbk::utf8()
 {
     QFETCH(QByteArray, text);
     QFETCH(QByteArray, expected);
     QCOMPARE(utf8ToGbk(text).toHex(), expected.toHex());
 }
 
-void tst_pxcpp_gbk::malformedUtf8_data()
+void TestPxcppGbk::malformedUtf8_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QByteArray>("start");
@@ -230,7 +229,7 @@ void tst_pxcpp_gbk::malformedUtf8_data()
     QTest::newRow("in the middle") << QByteArray("\xE4\xB8\xAD\xE4zz") << QByteArray("\xD6\xD0");
 }
 
-void tst_pxcpp_gbk::malformedUtf8()
+void TestPxcppGbk::malformedUtf8()
 {
     QFETCH(QByteArray, text);
     QFETCH(QByteArray, start);
@@ -241,7 +240,7 @@ void tst_pxcpp_gbk::malformedUtf8()
     QCOMPARE(utf8ToGbk(text), start + QByteArray(characters - first, '\0'));
 }
 
-void tst_pxcpp_gbk::toUtf8_data()
+void TestPxcppGbk::toUtf8_data()
 {
     QTest::addColumn<QByteArray>("gbk");
     QTest::addColumn<QByteArray>("expected");
@@ -261,14 +260,14 @@ void tst_pxcpp_gbk::toUtf8_data()
     QTest::newRow("lead at the end") << QByteArray("A\xD6") << QByteArray("A");
 }
 
-void tst_pxcpp_gbk::toUtf8()
+void TestPxcppGbk::toUtf8()
 {
     QFETCH(QByteArray, gbk);
     QFETCH(QByteArray, expected);
     QCOMPARE(gbkToUtf8(gbk), expected);
 }
 
-void tst_pxcpp_gbk::toUtf8KeepsToSize()
+void TestPxcppGbk::toUtf8KeepsToSize()
 {
     const QByteArray gbk("\xD6\xD0\xD6\xD0\xD6\xD0");
     QCOMPARE(gbkToUtf8(gbk, 1), QByteArray("\xE4\xB8\xAD"));
@@ -282,7 +281,7 @@ void tst_pxcpp_gbk::toUtf8KeepsToSize()
     QCOMPARE(output[0], '\0');
 }
 
-void tst_pxcpp_gbk::nothingToDo()
+void TestPxcppGbk::nothingToDo()
 {
     const unsigned int units[] = {'A'};
     unsigned int unit = 7;
@@ -306,7 +305,7 @@ void tst_pxcpp_gbk::nothingToDo()
     QCOMPARE(unit, 7U);
 }
 
-void tst_pxcpp_gbk::tooLong()
+void TestPxcppGbk::tooLong()
 {
     char output[] = "xxx";
     // Thrice the one length is more than a number holds, thrice the other comes out as 2.
@@ -321,7 +320,7 @@ void tst_pxcpp_gbk::tooLong()
     QCOMPARE(output, "xxx");
 }
 
-void tst_pxcpp_gbk::withoutMemory()
+void TestPxcppGbk::withoutMemory()
 {
     const LongText text(20000000);
     const auto result = runWithoutMemory([&] {
@@ -332,7 +331,7 @@ void tst_pxcpp_gbk::withoutMemory()
     QVERIFY2(result.output.endsWith("0 0 xxx\n"), result.output.constData());
 }
 
-void tst_pxcpp_gbk::likeIconv()
+void TestPxcppGbk::likeIconv()
 {
     QRandomGenerator random(1);
     for (int round = 0; round < 500; ++round) {
@@ -348,15 +347,14 @@ void tst_pxcpp_gbk::likeIconv()
     }
 }
 
-void tst_pxcpp_gbk::randomOctets()
+void TestPxcppGbk::randomOctets()
 {
     // The guards around the buffers are the check; the results only have to be within them.
     QRandomGenerator random(2);
     for (int round = 0; round < 5000; ++round) {
         QByteArray text(random.bounded(30), '\0');
-        for (char &octet : text) {
+        for (char &octet : text)
             octet = char(random.bounded(1, 256));
-        }
         QVERIFY(utf8ToGbk(text).size() <= 2 * (3 * text.size() + 1));
         const int size = random.bounded(1, 60);
         QVERIFY(gbkToUtf8(text, size).size() <= size + 6);
@@ -364,5 +362,5 @@ void tst_pxcpp_gbk::randomOctets()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_pxcpp_gbk)
+QTEST_GUILESS_MAIN(TestPxcppGbk)
 #include "tst_pxcpp_gbk.moc"

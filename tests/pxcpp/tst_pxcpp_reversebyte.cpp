@@ -18,9 +18,8 @@ QString address(const void *pointer)
 std::vector<unsigned int> slotsOf(const QByteArray &units)
 {
     std::vector<unsigned int> result(std::size_t(units.size() / 2));
-    for (std::size_t i = 0; i < result.size(); ++i) {
+    for (std::size_t i = 0; i < result.size(); ++i)
         std::memcpy(&result[i], units.constData() + 2 * i, 2);
-    }
     return result;
 }
 
@@ -51,7 +50,7 @@ void addRows()
 
 } // namespace
 
-class tst_pxcpp_reversebyte : public QObject
+class TestPxcppReversebyte : public QObject
 {
     Q_OBJECT
 
@@ -69,7 +68,7 @@ private slots:
     void debugStream();
 };
 
-void tst_pxcpp_reversebyte::units()
+void TestPxcppReversebyte::units()
 {
     QFETCH(QByteArray, units);
     QFETCH(int, size);
@@ -82,12 +81,11 @@ void tst_pxcpp_reversebyte::units()
                                                    size),
              int(expected.size()));
     QCOMPARE(QByteArray(output.get(), expected.size()), expected);
-    if (expected.size() < size + 3) {
+    if (expected.size() < size + 3)
         QCOMPARE(output[std::size_t(expected.size())], terminated ? '\0' : '\xA5');
-    }
 }
 
-void tst_pxcpp_reversebyte::units32()
+void TestPxcppReversebyte::units32()
 {
     QFETCH(QByteArray, units);
     QFETCH(int, size);
@@ -100,19 +98,18 @@ void tst_pxcpp_reversebyte::units32()
     QCOMPARE(code_unicode_to_utf8_reversebyte(input.get(), int(slots32.size()), output.get(), size),
              int(expected.size()));
     QCOMPARE(QByteArray(output.get(), expected.size()), expected);
-    if (expected.size() < size + 3) {
+    if (expected.size() < size + 3)
         QCOMPARE(output[std::size_t(expected.size())], terminated ? '\0' : '\xA5');
-    }
 }
 
-void tst_pxcpp_reversebyte::zeroUnits()
+void TestPxcppReversebyte::zeroUnits()
 {
     char output[8] = "xxxxxxx";
     QCOMPARE(code_unicode_to_utf8_reversebyte_BYTE("\0A\0\0\0B", 3, output, 8), 3);
     QCOMPARE(QByteArray(output, 5), QByteArray("A\0B\0x", 5));
 }
 
-void tst_pxcpp_reversebyte::zeroSlots()
+void TestPxcppReversebyte::zeroSlots()
 {
     // A zero slot ends the text, wherever it stands.
     const auto slots32 = slotsOf(QByteArray("\0A\0\0\0B", 6));
@@ -124,7 +121,7 @@ void tst_pxcpp_reversebyte::zeroSlots()
     QCOMPARE(QByteArray(output, 2), QByteArray("\0\0", 2));
 }
 
-void tst_pxcpp_reversebyte::slotHalves()
+void TestPxcppReversebyte::slotHalves()
 {
     // The second half of a slot is no character, but it keeps the slot from being zero.
     const unsigned char octets[] = {0, 'A', 'y', 'z', 0, 0, 0, 1, 0, 'B', 0, 0, 0, 0, 0, 0};
@@ -135,7 +132,7 @@ void tst_pxcpp_reversebyte::slotHalves()
     QCOMPARE(QByteArray(output, 5), QByteArray("A\0B\0x", 5));
 }
 
-void tst_pxcpp_reversebyte::refuses()
+void TestPxcppReversebyte::refuses()
 {
     const unsigned int input[2] = {0x4100, 0};
     char output[8] = "xxxxxxx";
@@ -154,7 +151,7 @@ void tst_pxcpp_reversebyte::refuses()
     QCOMPARE(output, "xxxxxxx");
 }
 
-void tst_pxcpp_reversebyte::anyAlignment()
+void TestPxcppReversebyte::anyAlignment()
 {
     const char octets[] = "x\0A\x4E\x2D";
     char output[8];
@@ -162,21 +159,19 @@ void tst_pxcpp_reversebyte::anyAlignment()
     QCOMPARE(QByteArray(output), QByteArray("A\xE4\xB8\xAD"));
 }
 
-void tst_pxcpp_reversebyte::likeQt()
+void TestPxcppReversebyte::likeQt()
 {
     QRandomGenerator random(1);
     for (int round = 0; round < 2000; ++round) {
         QString text;
         while (text.size() < 20) {
             const auto unit = ushort(random.bounded(1, 0x10000));
-            if (!QChar::isSurrogate(unit) && unit != QChar::ByteOrderMark) {
+            if (!QChar::isSurrogate(unit) && unit != QChar::ByteOrderMark)
                 text += QChar(unit);
-            }
         }
         QByteArray units;
-        for (const QChar unit : std::as_const(text)) {
+        for (const QChar unit : std::as_const(text))
             units.append(char(unit.unicode() >> 8)).append(char(unit.unicode() & 0xFF));
-        }
         char output[100];
         const int written =
             code_unicode_to_utf8_reversebyte_BYTE(units.constData(), 20, output, sizeof output);
@@ -184,7 +179,7 @@ void tst_pxcpp_reversebyte::likeQt()
     }
 }
 
-void tst_pxcpp_reversebyte::debugStream()
+void TestPxcppReversebyte::debugStream()
 {
     const auto slots32 = slotsOf(QByteArray("\0A\0B\0C", 6));
     const unsigned int *first = slots32.data();
@@ -205,5 +200,5 @@ void tst_pxcpp_reversebyte::debugStream()
     QCOMPARE(MessageRecorder::messages(), QStringList());
 }
 
-QTEST_GUILESS_MAIN(tst_pxcpp_reversebyte)
+QTEST_GUILESS_MAIN(TestPxcppReversebyte)
 #include "tst_pxcpp_reversebyte.moc"

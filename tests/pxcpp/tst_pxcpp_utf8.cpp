@@ -37,9 +37,8 @@ decoded_one decoded(const QByteArray &text)
 long byTheTable(const QByteArray &sequence)
 {
     std::array<int, 7> b{};
-    for (int i = 0; i < sequence.size(); ++i) {
+    for (int i = 0; i < sequence.size(); ++i)
         b[std::size_t(i) + 1] = static_cast<unsigned char>(sequence[i]);
-    }
     std::array<int, 4> octets{};
     switch (sequence.size()) {
     case 1:
@@ -64,9 +63,8 @@ long byTheTable(const QByteArray &sequence)
                   (b[3] << 2) + ((b[4] >> 4) & 0x03), ((b[1] & 0x01) << 6) + (b[2] & 0x3F)};
     }
     long result = 0;
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < 4; ++i)
         result |= long(octets[std::size_t(i)] & 0xFF) << (8 * i);
-    }
     return result;
 }
 
@@ -85,7 +83,7 @@ constexpr unsigned int kUntouched = 0xA5A5A5A5;
 
 Q_DECLARE_METATYPE(Units)
 
-class tst_pxcpp_utf8 : public QObject
+class TestPxcppUtf8 : public QObject
 {
     Q_OBJECT
 
@@ -116,7 +114,7 @@ private slots:
     void assertions();
 };
 
-void tst_pxcpp_utf8::sequenceLength()
+void TestPxcppUtf8::sequenceLength()
 {
     for (int first = 0; first < 256; ++first) {
         const int expected = first < 0xC0   ? 1
@@ -132,7 +130,7 @@ void tst_pxcpp_utf8::sequenceLength()
     QCOMPARE(code_get_utf8_byte_size(0xF8), 5);
 }
 
-void tst_pxcpp_utf8::statistics_data()
+void TestPxcppUtf8::statistics_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QVector<int>>("expected");
@@ -151,7 +149,7 @@ void tst_pxcpp_utf8::statistics_data()
     QTest::newRow("lead at the end") << QByteArray("\xE4") << Counters{1, 0, 0, 1, 0, 0, 0};
 }
 
-void tst_pxcpp_utf8::statistics()
+void TestPxcppUtf8::statistics()
 {
     QFETCH(QByteArray, text);
     QFETCH(QVector<int>, expected);
@@ -163,7 +161,7 @@ void tst_pxcpp_utf8::statistics()
     QCOMPARE(QVector<int>(counters.get(), counters.get() + 7), expected);
 }
 
-void tst_pxcpp_utf8::statisticsAddUp()
+void TestPxcppUtf8::statisticsAddUp()
 {
     int counters[7] = {10, 20, 30, 40, 50, 60, 70};
     code_get_utf8_length(nullptr, counters);
@@ -173,7 +171,7 @@ void tst_pxcpp_utf8::statisticsAddUp()
     QVERIFY(std::equal(counters, counters + 7, expected));
 }
 
-void tst_pxcpp_utf8::encodeLimits_data()
+void TestPxcppUtf8::encodeLimits_data()
 {
     QTest::addColumn<qlonglong>("unicode");
     QTest::addColumn<QByteArray>("expected");
@@ -201,7 +199,7 @@ void tst_pxcpp_utf8::encodeLimits_data()
     row("lowest", std::numeric_limits<qlonglong>::min() + 0x41, "41");
 }
 
-void tst_pxcpp_utf8::encodeLimits()
+void TestPxcppUtf8::encodeLimits()
 {
     QFETCH(qlonglong, unicode);
     QFETCH(QByteArray, expected);
@@ -213,7 +211,7 @@ void tst_pxcpp_utf8::encodeLimits()
     QCOMPARE(QByteArray(output.get(), 6).toHex(), (expected + untouched).toHex());
 }
 
-void tst_pxcpp_utf8::encodeLikeQt()
+void TestPxcppUtf8::encodeLikeQt()
 {
     for (uint unicode = 1; unicode <= 0x10FFFF; ++unicode) {
         if (unicode < 0xD800 || unicode > 0xDFFF) {
@@ -224,7 +222,7 @@ void tst_pxcpp_utf8::encodeLikeQt()
     }
 }
 
-void tst_pxcpp_utf8::decodeLimits_data()
+void TestPxcppUtf8::decodeLimits_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("consumed");
@@ -258,7 +256,7 @@ void tst_pxcpp_utf8::decodeLimits_data()
     row("what follows is not read", "41C2", 1, 0x41);
 }
 
-void tst_pxcpp_utf8::decodeLimits()
+void TestPxcppUtf8::decodeLimits()
 {
     QFETCH(QByteArray, text);
     QFETCH(int, consumed);
@@ -268,16 +266,15 @@ void tst_pxcpp_utf8::decodeLimits()
     QCOMPARE(qlonglong(result.unicode), unicode);
 }
 
-void tst_pxcpp_utf8::decodeByTheTable()
+void TestPxcppUtf8::decodeByTheTable()
 {
     QRandomGenerator random(1);
     for (int first = 0xC0; first < 256; ++first) {
         const int size = code_get_utf8_byte_size(static_cast<unsigned char>(first));
         for (int round = 0; round < 300; ++round) {
             QByteArray text(1, char(first));
-            while (text.size() < size) {
+            while (text.size() < size)
                 text.append(char(0x80 + random.bounded(size == 2 ? 0x20 : 0x40)));
-            }
             const decoded_one result = decoded(text);
             QCOMPARE(result.consumed, size);
             QCOMPARE(result.unicode, byTheTable(text));
@@ -285,7 +282,7 @@ void tst_pxcpp_utf8::decodeByTheTable()
     }
 }
 
-void tst_pxcpp_utf8::decodeRefuses_data()
+void TestPxcppUtf8::decodeRefuses_data()
 {
     QTest::addColumn<QByteArray>("text");
 
@@ -307,7 +304,7 @@ void tst_pxcpp_utf8::decodeRefuses_data()
     }
 }
 
-void tst_pxcpp_utf8::decodeRefuses()
+void TestPxcppUtf8::decodeRefuses()
 {
     QFETCH(QByteArray, text);
     const decoded_one result = decoded(text);
@@ -315,7 +312,7 @@ void tst_pxcpp_utf8::decodeRefuses()
     QCOMPARE(result.unicode, 0L);
 }
 
-void tst_pxcpp_utf8::decodeTwoOctets()
+void TestPxcppUtf8::decodeTwoOctets()
 {
     for (long unicode = 0x80; unicode < 0x800; ++unicode) {
         const decoded_one result = decoded(encoded(unicode));
@@ -325,16 +322,15 @@ void tst_pxcpp_utf8::decodeTwoOctets()
     }
 }
 
-void tst_pxcpp_utf8::roundTripOne()
+void TestPxcppUtf8::roundTripOne()
 {
     const auto comesBack = [](long unicode) {
         const QByteArray text = encoded(unicode);
         const decoded_one result = decoded(text);
         return result.consumed == text.size() && result.unicode == unicode;
     };
-    for (long unicode = 0x800; unicode < 0x10000; ++unicode) {
+    for (long unicode = 0x800; unicode < 0x10000; ++unicode)
         QVERIFY(comesBack(unicode));
-    }
     QRandomGenerator random(2);
     for (int round = 0; round < 100000; ++round) {
         QVERIFY(comesBack(random.bounded(0x10000, 0x200000)));
@@ -342,7 +338,7 @@ void tst_pxcpp_utf8::roundTripOne()
     }
 }
 
-void tst_pxcpp_utf8::encodeArray_data()
+void TestPxcppUtf8::encodeArray_data()
 {
     QTest::addColumn<Units>("input");
     QTest::addColumn<int>("size");
@@ -367,7 +363,7 @@ void tst_pxcpp_utf8::encodeArray_data()
         << Units{0xDC00, 0xD800} << 10 << QByteArray("\xED\xB0\x80\xED\xA0\x80") << true;
 }
 
-void tst_pxcpp_utf8::encodeArray()
+void TestPxcppUtf8::encodeArray()
 {
     QFETCH(Units, input);
     QFETCH(int, size);
@@ -379,12 +375,11 @@ void tst_pxcpp_utf8::encodeArray()
     const GuardedBuffer<char> output(std::size_t(size) + 6);
     QCOMPARE(code_unicode_to_utf8(source.get(), output.get(), size), int(expected.size()));
     QCOMPARE(QByteArray(output.get(), expected.size()), expected);
-    if (expected.size() < size + 6) {
+    if (expected.size() < size + 6)
         QCOMPARE(output[std::size_t(expected.size())], terminated ? '\0' : '\xA5');
-    }
 }
 
-void tst_pxcpp_utf8::encodeArrayRefuses()
+void TestPxcppUtf8::encodeArrayRefuses()
 {
     const unsigned int input[] = {'A', 0};
     char output[8] = "xxxxxxx";
@@ -395,7 +390,7 @@ void tst_pxcpp_utf8::encodeArrayRefuses()
     QCOMPARE(output, "xxxxxxx");
 }
 
-void tst_pxcpp_utf8::encodeArrayEndsWithinSixOctets()
+void TestPxcppUtf8::encodeArrayEndsWithinSixOctets()
 {
     QRandomGenerator random(3);
     for (int round = 0; round < 2000; ++round) {
@@ -410,14 +405,13 @@ void tst_pxcpp_utf8::encodeArrayEndsWithinSixOctets()
         const int written = code_unicode_to_utf8(input.data(), output.get(), size);
 
         QByteArray expected;
-        for (std::size_t i = 0; input[i] != 0 && expected.size() <= size; ++i) {
+        for (std::size_t i = 0; input[i] != 0 && expected.size() <= size; ++i)
             expected += encoded(long(input[i]));
-        }
         QCOMPARE(QByteArray(output.get(), written), expected);
     }
 }
 
-void tst_pxcpp_utf8::decodeArray_data()
+void TestPxcppUtf8::decodeArray_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("capacity");
@@ -443,7 +437,7 @@ void tst_pxcpp_utf8::decodeArray_data()
                                                     0x200000, 0x4000000, 0,      kUntouched};
 }
 
-void tst_pxcpp_utf8::decodeArray()
+void TestPxcppUtf8::decodeArray()
 {
     QFETCH(QByteArray, text);
     QFETCH(int, capacity);
@@ -455,7 +449,7 @@ void tst_pxcpp_utf8::decodeArray()
     QCOMPARE(counted, count);
 }
 
-void tst_pxcpp_utf8::decodeArrayRefuses()
+void TestPxcppUtf8::decodeArrayRefuses()
 {
     unsigned int output[2] = {7, 7};
     QCOMPARE(code_utf8_to_unicode(nullptr, output, 2), 0);
@@ -465,25 +459,23 @@ void tst_pxcpp_utf8::decodeArrayRefuses()
     QCOMPARE(output[0], 7U);
 }
 
-void tst_pxcpp_utf8::decodeArrayKeepsToCapacity()
+void TestPxcppUtf8::decodeArrayKeepsToCapacity()
 {
     QRandomGenerator random(4);
     for (int round = 0; round < 5000; ++round) {
         QByteArray text(random.bounded(40), '\0');
-        for (char &octet : text) {
+        for (char &octet : text)
             octet = char(random.bounded(1, 256));
-        }
         const int capacity = random.bounded(1, 40);
         int counted = -1;
         const Units result = units(text, capacity, counted);
         QVERIFY(counted >= 0 && counted <= capacity + 1);
-        if (counted < capacity) {
+        if (counted < capacity)
             QCOMPARE(result[std::size_t(counted)], 0U);
-        }
     }
 }
 
-void tst_pxcpp_utf8::roundTripArrays()
+void TestPxcppUtf8::roundTripArrays()
 {
     QRandomGenerator random(5);
     for (int round = 0; round < 2000; ++round) {
@@ -504,7 +496,7 @@ void tst_pxcpp_utf8::roundTripArrays()
     }
 }
 
-void tst_pxcpp_utf8::assertions()
+void TestPxcppUtf8::assertions()
 {
     long unicode = 0;
     const struct
@@ -527,5 +519,5 @@ void tst_pxcpp_utf8::assertions()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_pxcpp_utf8)
+QTEST_GUILESS_MAIN(TestPxcppUtf8)
 #include "tst_pxcpp_utf8.moc"

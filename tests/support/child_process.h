@@ -38,9 +38,8 @@ child_end runInChild(Body body)
     close(ends[1]);
     child_end result;
     char text[512];
-    for (ssize_t size = 0; (size = read(ends[0], text, sizeof text)) > 0;) {
+    for (ssize_t size = 0; (size = read(ends[0], text, sizeof text)) > 0;)
         result.output.append(text, int(size));
-    }
     close(ends[0]);
     int status = 0;
     waitpid(child, &status, 0);

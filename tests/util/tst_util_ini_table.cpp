@@ -1,6 +1,6 @@
-#include "core/qt_compat.h"
 #include "tests/support/ordinary_user.h"
 #include "util/ini_table.h"
+#include "util/qt_compat.h"
 
 #include <fcntl.h>
 #include <QDir>

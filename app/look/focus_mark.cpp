@@ -1,4 +1,4 @@
-#include "app/focus_mark.h"
+#include "app/look/focus_mark.h"
 
 #include <QApplication>
 #include <QPainter>

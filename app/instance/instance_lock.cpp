@@ -1,4 +1,4 @@
-#include "app/instance_lock.h"
+#include "app/instance/instance_lock.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/instance_channel.h"
-#include "app/instance_lock.h"
+#include "app/instance/instance_channel.h"
+#include "app/instance/instance_lock.h"
 
 #include <memory>
 #include <QApplication>

@@ -1,5 +1,5 @@
-#include "app/instance_channel.h"
-#include "app/instance_lock.h"
+#include "app/instance/instance_channel.h"
+#include "app/instance/instance_lock.h"
 
 #include <atomic>
 #include <QElapsedTimer>

@@ -86,7 +86,7 @@ int widthOfName(const QTableWidget *table)
 
 // Whether the texts fit the window's parts, in the fonts that the README recommends and in the one
 // that a European desktop falls back on.
-class tst_languages_widths : public QObject
+class TestAppTextWidths : public QObject
 {
     Q_OBJECT
 
@@ -115,13 +115,13 @@ private:
     QTemporaryDir m_configuration;
 };
 
-void tst_languages_widths::initTestCase()
+void TestAppTextWidths::initTestCase()
 {
     QVERIFY(QDir(m_configuration.path()).mkdir(QStringLiteral("settings")));
     qputenv("PX_CONFIG_PATH", QFile::encodeName(m_configuration.path()));
 }
 
-void tst_languages_widths::languagesAndFonts()
+void TestAppTextWidths::languagesAndFonts()
 {
     QTest::addColumn<QByteArray>("language");
     QTest::addColumn<QString>("font");
@@ -138,7 +138,7 @@ void tst_languages_widths::languagesAndFonts()
 }
 
 // The language table reads the configuration again, so one process goes through all languages.
-void tst_languages_widths::init()
+void TestAppTextWidths::init()
 {
     QFETCH(QByteArray, language);
     QFETCH(QString, font);
@@ -157,13 +157,13 @@ void tst_languages_widths::init()
     QCOMPARE(QFontInfo(QFont(kSkinFont)).family(), font);
 }
 
-void tst_languages_widths::verifyFits(const QString &text, int needed, int room) const
+void TestAppTextWidths::verifyFits(const QString &text, int needed, int room) const
 {
     QVERIFY2(needed > 0 && needed <= room,
              qPrintable(QStringLiteral("\"%1\": %2 of %3 pixels").arg(text).arg(needed).arg(room)));
 }
 
-void tst_languages_widths::labels()
+void TestAppTextWidths::labels()
 {
     const MainWindow window;
     for (const char *name : {"label", "label_2_notice", "titileCaption"}) {
@@ -178,7 +178,7 @@ void tst_languages_widths::labels()
     }
 }
 
-void tst_languages_widths::buttons()
+void TestAppTextWidths::buttons()
 {
     const MainWindow window;
     auto *button = bottomButton(window);
@@ -188,7 +188,7 @@ void tst_languages_widths::buttons()
                button->width() - 2 * leastMargin);
 }
 
-void tst_languages_widths::tabs()
+void TestAppTextWidths::tabs()
 {
     // The room that the style sheet's padding and margin leave of a tab's least width.
     const int room = 100 - 9 - 9 - 10;
@@ -196,7 +196,7 @@ void tst_languages_widths::tabs()
         verifyFits(shown(key), metrics(15).horizontalAdvance(shown(key)), room);
 }
 
-void tst_languages_widths::selector()
+void TestAppTextWidths::selector()
 {
     const MainWindow window;
     auto *selector = child<QComboBox>(window, "comboBox_selection");
@@ -214,7 +214,7 @@ void tst_languages_widths::selector()
                    room);
 }
 
-void tst_languages_widths::columns()
+void TestAppTextWidths::columns()
 {
     MainWindow window;
     auto *table = child<QTableWidget>(window, "tableWidget_detailinfo");
@@ -244,7 +244,7 @@ void tst_languages_widths::columns()
 }
 
 // The lines of the status block that are always the same stand on one line each.
-void tst_languages_widths::summaryLines()
+void TestAppTextWidths::summaryLines()
 {
     const MainWindow window;
     auto *box = child<QPlainTextEdit>(window, "plainTextEdit_normal");
@@ -260,7 +260,7 @@ void tst_languages_widths::summaryLines()
 }
 
 // However long the block is: the line between the two boxes crosses the first.
-void tst_languages_widths::statusBlockEndsAboveTheLine()
+void TestAppTextWidths::statusBlockEndsAboveTheLine()
 {
     MainWindow window;
     window.show();
@@ -275,5 +275,5 @@ void tst_languages_widths::statusBlockEndsAboveTheLine()
              qPrintable(QStringLiteral("%1 of %2").arg(end).arg(line)));
 }
 
-QTEST_MAIN(tst_languages_widths)
-#include "tst_languages_widths.moc"
+QTEST_MAIN(TestAppTextWidths)
+#include "tst_app_text_widths.moc"

@@ -1,4 +1,4 @@
-#include "app/window_style.h"
+#include "app/look/window_style.h"
 
 #include <algorithm>
 #include <initializer_list>

@@ -8,7 +8,7 @@
 // late: as run, but the first instance's event loop starts only after MS milliseconds.
 // send: sends without having asked whether another instance runs.
 
-#include "app/qtsingleapplication.h"
+#include "app/instance/qtsingleapplication.h"
 
 #include <cstdio>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "app/qtsingleapplication.h"
+#include "app/instance/qtsingleapplication.h"
 
 #include <QDeadlineTimer>
 #include <QDebug>

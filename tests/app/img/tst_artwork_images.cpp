@@ -77,7 +77,7 @@ QImage pictureOf(QWidget &widget)
 
 } // namespace
 
-class tst_artwork_images : public QObject
+class TestArtworkImages : public QObject
 {
     Q_OBJECT
 
@@ -92,7 +92,7 @@ private slots:
     void arrowIsFoundWithoutItsSuffix();
 };
 
-void tst_artwork_images::haveTheirSizes_data()
+void TestArtworkImages::haveTheirSizes_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QSize>("size");
@@ -113,7 +113,7 @@ void tst_artwork_images::haveTheirSizes_data()
     add(":/img/res/background_right.png", 100, 200);
 }
 
-void tst_artwork_images::haveTheirSizes()
+void TestArtworkImages::haveTheirSizes()
 {
     QFETCH(QString, path);
     QFETCH(QSize, size);
@@ -124,7 +124,7 @@ void tst_artwork_images::haveTheirSizes()
     QCOMPARE(largest, size);
 }
 
-void tst_artwork_images::areWhatTheDrawingsSay()
+void TestArtworkImages::areWhatTheDrawingsSay()
 {
     // Another version of the renderer may round a shade elsewhere.
     constexpr int kTolerance = 2;
@@ -148,7 +148,7 @@ void tst_artwork_images::areWhatTheDrawingsSay()
     }
 }
 
-void tst_artwork_images::iconHoldsEverySize()
+void TestArtworkImages::iconHoldsEverySize()
 {
     QVector<int> sides;
     const QList<QSize> sizes = QIcon(QStringLiteral(":/img/res/stamp.ico")).availableSizes();
@@ -159,7 +159,7 @@ void tst_artwork_images::iconHoldsEverySize()
     QCOMPARE(sides, (QVector<int>{16, 24, 32, 48, 64, 128, 256}));
 }
 
-void tst_artwork_images::sheetStandsInsideATransparentBorder()
+void TestArtworkImages::sheetStandsInsideATransparentBorder()
 {
     const QImage image = resourceImage(":/img/res/background.png");
     for (const QPoint &corner : {QPoint(0, 0), QPoint(199, 0), QPoint(0, 199), QPoint(199, 199)})
@@ -178,7 +178,7 @@ void tst_artwork_images::sheetStandsInsideATransparentBorder()
     QVERIFY(qAlpha(image.pixel(100, 186)) > 40);
 }
 
-void tst_artwork_images::sheetIsUniformWhereItIsStretched()
+void TestArtworkImages::sheetIsUniformWhereItIsStretched()
 {
     const QImage image = resourceImage(":/img/res/background.png");
     for (int along = 20; along < 180; ++along) {
@@ -190,7 +190,7 @@ void tst_artwork_images::sheetIsUniformWhereItIsStretched()
     QCOMPARE(image.pixel(100, 100), QColor(Qt::white).rgba());
 }
 
-void tst_artwork_images::whiteTextIsReadableOnTheStrip()
+void TestArtworkImages::whiteTextIsReadableOnTheStrip()
 {
     const QImage image = resourceImage(":/img/res/bk_rose_gold_noborder.png");
     const int rounding = 8; // the corners' size, where nothing is written
@@ -206,7 +206,7 @@ void tst_artwork_images::whiteTextIsReadableOnTheStrip()
     }
 }
 
-void tst_artwork_images::arrowIsFoundWithoutItsSuffix()
+void TestArtworkImages::arrowIsFoundWithoutItsSuffix()
 {
     QCOMPARE(QPixmap(QStringLiteral(":/img/res/combo1")).size(), QSize(7, 5));
 
@@ -222,5 +222,5 @@ void tst_artwork_images::arrowIsFoundWithoutItsSuffix()
     QVERIFY(bySuffixlessName != pictureOf(box));
 }
 
-QTEST_MAIN(tst_artwork_images)
+QTEST_MAIN(TestArtworkImages)
 #include "tst_artwork_images.moc"

@@ -1,4 +1,4 @@
-#include "app/instance_channel.h"
+#include "app/instance/instance_channel.h"
 
 #include <algorithm>
 #include <QByteArray>

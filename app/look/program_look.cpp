@@ -1,4 +1,4 @@
-#include "app/program_look.h"
+#include "app/look/program_look.h"
 
 #include <QApplication>
 #include <QFont>
