@@ -1,3 +1,4 @@
+#include "asn/leaf_text.h"
 #include "asn/pxasn.h"
 
 #include <cstdio>
@@ -5,10 +6,10 @@
 namespace {
 
 enum class Form {
-    Text,               ///< as the value's own text
-    Time,               ///< up to the first NUL, and a blank
-    Characters,         ///< a blank between characters
-    HexUpToThreeOctets, ///< hexadecimal when short, else characters
+    Text,            ///< as the value's own text
+    Time,            ///< up to the first NUL, and a blank
+    Characters,      ///< a blank between characters
+    HexOrCharacters, ///< hexadecimal when short, else characters
     Hex
 };
 
@@ -49,7 +50,7 @@ constexpr TagForm kTags[] = {
     {0x1E, "BMP STRING", Form::Text},
     {0x30, "SEQUENCE", Form::Hex, true},
     {0x31, "SET", Form::Hex, true},
-    {0x82, "UNKNOWN", Form::HexUpToThreeOctets, true},
+    {0x82, "UNKNOWN", Form::HexOrCharacters, true},
     {0x86, "UNKNOWN", Form::Characters, true},
     {0xA0, "CONTEXT SPECIFIC", Form::Hex, true},
 };
@@ -64,23 +65,6 @@ const TagForm &formOf(int tag)
     return kUnknownTag;
 }
 
-QString hex(const QByteArray &octets)
-{
-    return QString::fromLatin1(octets.toHex(' ').toUpper());
-}
-
-QString characters(const QByteArray &octets)
-{
-    QString text;
-    text.reserve(octets.size() * 2);
-    for (const char octet : octets) {
-        text += QLatin1Char(octet);
-        text += QLatin1Char(' ');
-    }
-    text.chop(1);
-    return text;
-}
-
 QString timeText(const QByteArray &octets)
 {
     return QString::fromLatin1(
@@ -93,7 +77,6 @@ QString timeText(const QByteArray &octets)
 
 QString PXAsnBlock::printData_ex() const
 {
-    constexpr int kShort = 3;
     const QByteArray content = contentOctets();
     switch (formOf(type()).form) {
     case Form::Text:
@@ -101,13 +84,13 @@ QString PXAsnBlock::printData_ex() const
     case Form::Time:
         return timeText(content);
     case Form::Characters:
-        return characters(content);
-    case Form::HexUpToThreeOctets:
-        return content.size() <= kShort ? hex(content) : characters(content);
+        return leaf_text::characters(content);
+    case Form::HexOrCharacters:
+        return leaf_text::hexOrCharacters(content);
     case Form::Hex:
         break;
     }
-    return hex(content);
+    return leaf_text::hex(content);
 }
 
 QString PXAsnBlock::printData() const
@@ -122,11 +105,11 @@ QString PXAsnBlock::printData() const
         value = timeText(content);
         break;
     case Form::Characters:
-    case Form::HexUpToThreeOctets:
-        value = characters(content) + QLatin1String(content.isEmpty() ? "" : " ");
+    case Form::HexOrCharacters:
+        value = leaf_text::characters(content) + QLatin1String(content.isEmpty() ? "" : " ");
         break;
     case Form::Hex:
-        value = hex(content) + QLatin1String(content.isEmpty() ? "" : " ");
+        value = leaf_text::hex(content) + QLatin1String(content.isEmpty() ? "" : " ");
         break;
     }
     return QLatin1String(" { ") + value + QLatin1Char('}');
