@@ -3,7 +3,7 @@
 #include "asn/asn_values.h"
 #include "core/core_calls.h"
 #include "pxcpp/code_convert.h"
-#include "util/c_util.h"
+#include "util/texts.h"
 
 #include <cstdio>
 #include <cstring>
@@ -25,18 +25,14 @@ QString latin1(const QByteArray &octets)
     return QString::fromLatin1(octets.constData(), octets.size());
 }
 
-QString nameOfIdentifier(const QByteArray &content)
+QString identifierText(const QByteArray &content)
 {
     char text[100];
     unsigned int length = sizeof text;
     if (!ASNGetOIDName(reinterpret_cast<const unsigned char *>(content.constData()),
                        static_cast<unsigned int>(content.size()), text, &length))
         return {};
-    const QString dotted = QString::fromLatin1(text, static_cast<int>(length));
-    QString name;
-    return c_util().GetKeyValue("PXViewCertTool_Lang.ini", QStringLiteral("OID"), dotted, name)
-               ? name
-               : dotted;
+    return texts::nameOfIdentifier(QString::fromLatin1(text, static_cast<int>(length)));
 }
 
 // The converters may write a whole character beyond the size they are told.
@@ -145,7 +141,7 @@ PXAsnBlock::operator QString() const
     const QByteArray content = contentOctets();
     switch (type()) {
     case ASN_TAG_OBJECT_IDENTIFIER:
-        return nameOfIdentifier(content);
+        return identifierText(content);
     case ASN_TAG_BIT_STRING:
         return latin1(content.mid(1));
     case ASN_TAG_UTF8_STRING:

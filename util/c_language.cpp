@@ -22,7 +22,6 @@ constexpr LanguageCode kLanguageCodes[] = {
     {"ENG_", "EN"},
 };
 
-constexpr const char *kDefaultFileName = "PXViewCertTool_Lang.ini";
 constexpr const char *kDefaultSection = "CN";
 
 QString sectionOfCode(const QString &code)

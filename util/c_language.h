@@ -10,6 +10,9 @@
 class c_language
 {
 public:
+    /// The language file's name, unless it is set.
+    static constexpr const char *kDefaultFileName = "PXViewCertTool_Lang.ini";
+
     /// The single table, created by the first call and kept until the process ends. Never null.
     static c_language *GetLangPtr();
 
@@ -17,7 +20,7 @@ public:
     /// chooses the language.
     c_language();
 
-    /// The language file's name; an empty one stands for "PXViewCertTool_Lang.ini".
+    /// The language file's name; an empty one stands for `kDefaultFileName`.
     void LANG_SetFileName(const QString &name);
 
     /// Reads the client configuration again and chooses the section: "CN" unless it names another.

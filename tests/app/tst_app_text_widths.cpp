@@ -3,6 +3,7 @@
 #include "tests/languages/tables.h"
 #include "ui_mainwindow.h"
 #include "util/c_language.h"
+#include "util/texts.h"
 
 #include <algorithm>
 #include <QDir>
@@ -32,13 +33,11 @@ QStringList rowNames(const QString &section)
 {
     QStringList names = {QStringLiteral("1.3.6.1.4.1.11129.2.4.2"),
                          QStringLiteral("1.2.840.113556.1.8000.2554.1073741823.40")};
-    const QVector<tables::Row> texts = tables::read("texts.tsv");
-    for (const tables::Row &row : texts) {
-        const QString key = tables::cell(row, "key");
-        const bool isField =
-            key >= QLatin1String("PXCERTREAD_0014") && key <= QLatin1String("PXCERTREAD_0022");
-        if (isField || !tables::cell(row, "oid").isEmpty())
-            names += displayText(key);
+    const QVector<tables::Row> own = tables::read("texts.tsv");
+    for (const tables::Row &row : own) {
+        const QString group = tables::cell(row, "group");
+        if (group == QLatin1String("Row") || group == QLatin1String("Extension"))
+            names += texts::shown(tables::cell(row, "key"));
     }
     const QVector<tables::Row> identifiers = tables::read("oids.tsv");
     for (const tables::Row &row : identifiers)
