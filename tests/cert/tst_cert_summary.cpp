@@ -54,13 +54,6 @@ QString invalidStatus()
     return QStringLiteral(" ") + shown("PXCERTREAD_0075");
 }
 
-// CertificatePolicies of two policies nobody names.
-QByteArray twoPolicies()
-{
-    const char *other = "2B06010401868D1F0103";
-    return extension("551D20", sequence({sequence({oid(kUnknown)}), sequence({oid(other)})}));
-}
-
 } // namespace
 
 /// The rows' record, the two blocks of the general page and the validity test.
@@ -101,32 +94,6 @@ private slots:
     }
 
     void emptyModelIsValid() { QVERIFY(c_pxcert(nullptr).isCertValid()); }
-
-    void validity_data()
-    {
-        QTest::addColumn<QByteArray>("notBefore");
-        QTest::addColumn<QByteArray>("notAfter");
-        QTest::addColumn<bool>("valid");
-        const QByteArray impossible = utcTime("251301000000Z");
-        QTest::newRow("within") << farPast() << farFuture() << true;
-        QTest::newRow("expired") << farPast() << farPast() << false;
-        QTest::newRow("not yet valid") << farFuture() << farFuture() << false;
-        QTest::newRow("no end") << farPast() << generalizedTime("99991231235959Z") << true;
-        QTest::newRow("starts after year 9999")
-            << generalizedTime("99991231235959Z") << generalizedTime("99991231235959Z") << false;
-        QTest::newRow("end unreadable") << farPast() << impossible << true;
-        QTest::newRow("start unreadable") << impossible << farFuture() << true;
-        QTest::newRow("start unreadable, expired") << impossible << farPast() << false;
-        QTest::newRow("both unreadable") << impossible << impossible << true;
-    }
-    void validity()
-    {
-        QFETCH(QByteArray, notBefore);
-        QFETCH(QByteArray, notAfter);
-        QFETCH(bool, valid);
-        QCOMPARE(statusOf(parseValid(notBefore, notAfter)),
-                 valid ? validStatus() : invalidStatus());
-    }
 
     // The bounds count to the second, so the clock must not move on between writing and reading.
     void bounds_data()
@@ -178,60 +145,6 @@ private slots:
             recorder.messages().contains(QLatin1Char('"') + invalidStatus() + QLatin1Char('"')));
     }
 
-    void policiesAreThePurposes()
-    {
-        Certificate certificate;
-        certificate.extensions = twoPolicies();
-        QCOMPARE(statusOf(parse(certificate.encoded())),
-                 QStringLiteral(" %1\n      -%2\n      -%3\n      -%4\n      -%5\n\n")
-                     .arg(shown("PXCERTREAD_0003"), shown("PXCERTREAD_0004"),
-                          shown("PXCERTREAD_0005"), QLatin1String(kUnknownDotted),
-                          QStringLiteral("1.3.6.1.4.1.99999.1.3")));
-    }
-
-    void expiredCertificateHasNoPurposes()
-    {
-        Certificate certificate;
-        certificate.validity = sequence({farPast(), farPast()});
-        certificate.extensions = twoPolicies();
-        QCOMPARE(statusOf(parse(certificate.encoded())), invalidStatus());
-    }
-
-    void distributionPointsAreNoPurposes()
-    {
-        Certificate certificate;
-        certificate.extensions = extension(
-            "551D1F", sequence({sequence({tlv(0xA0, tlv(0xA0, tlv(0x86, "http://x")))})}));
-        QCOMPARE(statusOf(parse(certificate.encoded())), validStatus());
-    }
-
-    void identityNames_data()
-    {
-        QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<QString>("text");
-        const QByteArray cn = set({attribute(kCommonName, utf8("common"))});
-        const QByteArray o = set({attribute(kOrganization, utf8("org"))});
-        const QByteArray c = set({attribute(kCountry, utf8("XX"))});
-        QTest::newRow("both") << sequence({o, cn}) << "common";
-        QTest::newRow("organization alone") << sequence({c, o}) << "org";
-        QTest::newRow("neither") << sequence({c}) << "";
-        QTest::newRow("empty common name")
-            << sequence({set({attribute(kCommonName, utf8(""))}), o}) << "org";
-    }
-    void identityNames()
-    {
-        QFETCH(QByteArray, name);
-        QFETCH(QString, text);
-        Certificate certificate;
-        certificate.subject = name;
-        certificate.issuer = name;
-        const Parsed parsed = parse(certificate.encoded());
-        QCOMPARE(parsed.blocks.at(1).second, 1);
-        QVERIFY(parsed.blocks.at(1).first.startsWith(
-            QStringLiteral(" %1:   %3\n\n %2:   %3\n\n ")
-                .arg(shown("PXCERTREAD_0007"), shown("PXCERTREAD_0008"), text)));
-    }
-
     void identityNamesGoThroughTheLocale()
     {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
@@ -244,31 +157,6 @@ private slots:
         QVERIFY(parsed.blocks.at(1).first.contains(QStringLiteral(":   ?é\n\n")));
         QCOMPARE(parsed.row("PXCERTREAD_0020").value, QStringLiteral("证é"));
 #endif
-    }
-
-    void identityDates()
-    {
-        const Parsed parsed = parseValid(utcTime("250102120000Z"), utcTime("260304120000Z"));
-        const auto date = [](int year, int month, int day) {
-            const QDateTime time(QDate(year, month, day), QTime(20, 0), Qt::UTC);
-            return QLocale::system().toString(time, QLocale::ShortFormat).split(' ').at(0);
-        };
-        QVERIFY(!date(2025, 1, 2).isEmpty());
-        QVERIFY(!date(2025, 1, 2).contains(QStringLiteral("20:00")));
-        QVERIFY2(parsed.blocks.at(1).first.endsWith(
-                     QStringLiteral("\n\n %1%2 %3   %4")
-                         .arg(shown("PXCERTREAD_0009"), date(2025, 1, 2), shown("PXCERTREAD_0010"),
-                              date(2026, 3, 4))),
-                 qPrintable(parsed.blocks.at(1).first));
-    }
-
-    void placeholdersInNamesStayAsTheyAre()
-    {
-        Certificate certificate;
-        certificate.subject = sequence({set({attribute(kCommonName, utf8("%1 %2 100%"))})});
-        const Parsed parsed = parse(certificate.encoded());
-        QCOMPARE(parsed.row("PXCERTREAD_0020").value, QStringLiteral("%1 %2 100%"));
-        QVERIFY(parsed.blocks.at(1).first.contains(QStringLiteral(":   %1 %2 100%\n\n")));
     }
 };
 
