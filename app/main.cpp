@@ -1,3 +1,4 @@
+#include "app/descriptors.h"
 #include "app/instance/qtsingleapplication.h"
 #include "app/look/program_look.h"
 #include "app/look/window_style.h"
@@ -12,6 +13,11 @@
 
 int main(int argc, char *argv[])
 {
+    descriptors::fillStandardStreams();
+    if (!descriptors::suffice()) {
+        qDebug("too few file descriptors are left");
+        return 1;
+    }
     // Whoever reads the diagnostics may end before the window does.
     std::signal(SIGPIPE, SIG_IGN);
     startDirectory();
