@@ -38,19 +38,38 @@ int findMethodIndex(const QMetaObject &metaObject, const QString &methodName)
     return -1;
 }
 
-// The log lies in a directory that every user may write to: a planted link, FIFO or device must
-// neither redirect the line nor make the viewer wait.
-FILE *openRegularFileForAppend(const QByteArray &path)
+bool isOwn(const struct stat &status)
+{
+    return status.st_uid == ::geteuid();
+}
+
+// The directory is looked for where every user may write: it must be the user's own, and so must a
+// link that leads to it. -1 otherwise.
+int openOwnDirectory(const QByteArray &path)
+{
+    struct stat status = {};
+    if (::lstat(path.constData(), &status) != 0 || !isOwn(status))
+        return -1;
+    const int directory = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (directory < 0 || (::fstat(directory, &status) == 0 && isOwn(status)))
+        return directory;
+    ::close(directory);
+    return -1;
+}
+
+// A planted link of either kind, FIFO or device must neither redirect the line nor make the viewer
+// wait.
+FILE *openRegularFileForAppend(int directory, const char *name)
 {
     constexpr mode_t kReadWriteByAll = 0666;
     const int fd =
-        ::open(path.constData(), O_RDWR | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
-               kReadWriteByAll);
+        ::openat(directory, name, O_RDWR | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC,
+                 kReadWriteByAll);
     if (fd < 0)
         return nullptr;
     struct stat status = {};
     FILE *file = nullptr;
-    if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode))
+    if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1)
         file = ::fdopen(fd, "a+");
     if (!file)
         ::close(fd);
@@ -135,10 +154,11 @@ void Q_Dispatch::invokeHelperV(const QString &methodName, void *result, va_list 
 
 void Q_Dispatch::Corelog(const QString &message)
 {
-    if (!m_logDirectory.exists())
+    const int directory = openOwnDirectory(QFile::encodeName(m_logDirectory.path()));
+    if (directory < 0)
         return;
-    FILE *file = openRegularFileForAppend(
-        QFile::encodeName(m_logDirectory.path() + QLatin1String("/tessera_core.log")));
+    FILE *file = openRegularFileForAppend(directory, "tessera_core.log");
+    ::close(directory);
     if (!file)
         return;
     const QByteArray time = QTime::currentTime().toString(Qt::TextDate).toUtf8();

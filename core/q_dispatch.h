@@ -35,8 +35,9 @@ public:
     void invokeHelper(const QString &methodName, void *result, ...);
     void invokeHelperV(const QString &methodName, void *result, va_list args);
 
-    /// Appends one line "hh:mm:ss: message" to "tessera_core.log" in the log directory. Without
-    /// the directory, or where the file is no regular file of its own, it does nothing.
+    /// Appends one line "hh:mm:ss: message" to "tessera_core.log" in the log directory. It does
+    /// nothing where there is no such directory, where it, or a link that leads to it, belongs to
+    /// another user, and where the file is no regular file or has a second name.
     void Corelog(const QString &message);
 
     /// Whether a method with a parameter of this type can be called: a name of the fixed list, or

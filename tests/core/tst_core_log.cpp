@@ -14,6 +14,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace {
+
+constexpr uid_t kNobody = 65534;
+
+} // namespace
+
 class TestCoreLog : public QObject
 {
     Q_OBJECT
@@ -31,6 +37,10 @@ private slots:
     void otherKindsAreLeftAlone_data();
     void otherKindsAreLeftAlone();
     void fileThatCannotBeWritten();
+    void secondNameIsLeftAlone();
+    void directoryOfAnotherUser();
+    void linkToTheDirectory_data();
+    void linkToTheDirectory();
     void newFileObeysTheMask();
     void linesOfManyProcessesStayWhole();
 
@@ -173,7 +183,10 @@ void TestCoreLog::otherKindsAreLeftAlone()
 
 void TestCoreLog::fileThatCannotBeWritten()
 {
-    QCOMPARE(::chmod(QFile::encodeName(m_directory->path()).constData(), 0755), 0);
+    const QByteArray directory = QFile::encodeName(m_directory->path());
+    QCOMPARE(::chmod(directory.constData(), 0755), 0);
+    if (::geteuid() == 0)
+        QCOMPARE(::chown(directory.constData(), kNobody, kNobody), 0);
     QFile file(logFile());
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.close();
@@ -183,6 +196,49 @@ void TestCoreLog::fileThatCannotBeWritten()
         return true;
     }));
     QCOMPARE(content(), QByteArray());
+}
+
+void TestCoreLog::secondNameIsLeftAlone()
+{
+    const QString target = m_directory->filePath(QStringLiteral("target"));
+    QFile file(target);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(::link(QFile::encodeName(target).constData(), logPath().constData()), 0);
+    m_agent.Corelog(QStringLiteral("text"));
+    QCOMPARE(QFileInfo(target).size(), 0);
+}
+
+// Everybody may write into the temporary directory, which is the system's.
+void TestCoreLog::directoryOfAnotherUser()
+{
+    const QString path = QStringLiteral("/tmp/tessera_core.log");
+    const qint64 before = QFileInfo(path).size();
+    QVERIFY(asOrdinaryUser([this, path, before] {
+        m_agent.setLogDirectory(QDir(QStringLiteral("/tmp")));
+        m_agent.Corelog(QStringLiteral("text"));
+        return QFileInfo(path).size() == before;
+    }));
+}
+
+void TestCoreLog::linkToTheDirectory_data()
+{
+    QTest::addColumn<bool>("ofAnotherUser");
+    QTest::newRow("of the user's") << false;
+    QTest::newRow("of another user's") << true;
+}
+
+void TestCoreLog::linkToTheDirectory()
+{
+    QFETCH(bool, ofAnotherUser);
+    const QString link = m_directory->filePath(QStringLiteral("link"));
+    QCOMPARE(::symlink(QFile::encodeName(m_directory->path()).constData(),
+                       QFile::encodeName(link).constData()),
+             0);
+    if (ofAnotherUser && ::lchown(QFile::encodeName(link).constData(), kNobody, kNobody) != 0)
+        QSKIP("only root can give a link away");
+    m_agent.setLogDirectory(QDir(link));
+    m_agent.Corelog(QStringLiteral("text"));
+    QCOMPARE(QFileInfo::exists(logFile()), !ofAnotherUser);
 }
 
 void TestCoreLog::newFileObeysTheMask()
