@@ -17,6 +17,9 @@ enum AsnTag : unsigned char {
     ASN_TAG_EXTENSIONS = 0xA3 ///< [3]
 };
 
+/// What stands for "any" where a tag is asked for: no element has it.
+constexpr int ASN_TAG_ANY = 0;
+
 /// Whether an element's content is other elements, by its identifier octet.
 constexpr bool ASNIsConstructed(int tag)
 {

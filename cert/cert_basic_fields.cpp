@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr int kAnyTag = 0;
-
 bool fail(const char *field)
 {
     qDebug().noquote() << QStringLiteral("[PXCertificate::parseTBSCertificate] "
@@ -178,7 +176,7 @@ bool c_pxcert::parseAttribute(PXAsnBlock *attribute, QString &line, QString &val
     if (!type)
         return fail("type");
     const QString name = nameOfIdentifier(type);
-    PXAsnBlock *content = attribute->getChild(1, kAnyTag);
+    PXAsnBlock *content = attribute->getChild(1, ASN_TAG_ANY);
     if (!content)
         return fail("value");
     value = c_language::GetLangPtr()->GetValue(content->toString());
@@ -195,13 +193,13 @@ bool c_pxcert::readValidity(PXAsnBlock *validity)
 {
     if (!validity)
         return fail("validity");
-    PXAsnBlock *notBefore = validity->getChild(0, kAnyTag);
+    PXAsnBlock *notBefore = validity->getChild(0, ASN_TAG_ANY);
     if (!notBefore)
         return fail("notBefore");
     QDateTime start;
     if (!readTime(notBefore, start))
         return fail("notBeforeValue");
-    PXAsnBlock *notAfter = validity->getChild(1, kAnyTag);
+    PXAsnBlock *notAfter = validity->getChild(1, ASN_TAG_ANY);
     if (!notAfter)
         return fail("notAfter");
     QDateTime end;
