@@ -180,14 +180,13 @@ int mypint(const char **cursor, int digits, int minimum, int maximum, int *error
 
 long long ASNGetTime(const stASN_BLOCK_HEADER *leaf, unsigned int *error)
 {
-    constexpr unsigned int kLongestText = 48;
     unsigned int ownError = 0;
     unsigned int &code = error ? *error : ownError;
     code = ASN_TIME_MALFORMED;
     if (!leaf || (leaf->tag != ASN_TAG_UTC_TIME && leaf->tag != ASN_TAG_GENERALIZED_TIME) ||
-        leaf->contentLength > kLongestText)
+        leaf->contentLength > ASN_MAX_TIME_OCTETS)
         return 0;
-    char text[kLongestText + 1] = {};
+    char text[ASN_MAX_TIME_OCTETS + 1] = {};
     if (leaf->contentLength > 0)
         std::memcpy(text, leaf->content, leaf->contentLength);
     TimeFields fields;
@@ -199,19 +198,18 @@ long long ASNGetTime(const stASN_BLOCK_HEADER *leaf, unsigned int *error)
 int ASNGetOIDName(const unsigned char *content, unsigned int length, char *output,
                   unsigned int *outputLength)
 {
-    constexpr std::size_t kLongestText = 99;
     if (!outputLength || !content || length < 2)
         return 0;
     std::string text = std::to_string(content[0] / 40) + '.' + std::to_string(content[0] % 40);
     std::uint32_t value = 0;
-    for (unsigned int i = 1; i < length && text.size() <= kLongestText; ++i) {
+    for (unsigned int i = 1; i < length && text.size() <= ASN_MAX_OID_TEXT; ++i) {
         value = value * 128 + (content[i] & 0x7F);
         if (content[i] & 0x80)
             continue;
         text += '.' + std::to_string(static_cast<std::int32_t>(value));
         value = 0;
     }
-    if (text.size() > kLongestText)
+    if (text.size() > ASN_MAX_OID_TEXT)
         return 0;
     if (!output || *outputLength < text.size())
         return 1;
@@ -222,7 +220,6 @@ int ASNGetOIDName(const unsigned char *content, unsigned int length, char *outpu
 
 int ASNGetOIDData(const char *text, unsigned char *output, unsigned int *outputLength)
 {
-    constexpr std::size_t kMostOctets = 96;
     if (!text || (!output && !outputLength))
         return 0;
     std::vector<unsigned char> octets;
@@ -240,7 +237,7 @@ int ASNGetOIDData(const char *text, unsigned char *output, unsigned int *outputL
                                                         static_cast<unsigned long>(value)));
         else if (value > 0)
             appendSubidentifier(octets, static_cast<unsigned long>(value));
-        if (octets.size() > kMostOctets)
+        if (octets.size() > ASN_MAX_OID_OCTETS)
             return 0;
         if (*text++ == '\0')
             break;

@@ -1,6 +1,7 @@
 #include "asn/pxasn.h"
 
 #include "asn/asn_values.h"
+#include "asn/octet_view.h"
 #include "core/core_calls.h"
 #include "pxcpp/code_convert.h"
 #include "util/texts.h"
@@ -12,14 +13,6 @@
 
 namespace {
 
-// Beyond that, sizes of texts made from a content would no longer fit into an int.
-constexpr unsigned int kMostOctets = 512U * 1024 * 1024;
-
-int sizeOf(const QByteArray &content)
-{
-    return static_cast<int>(content.size());
-}
-
 QString latin1(const QByteArray &octets)
 {
     return QString::fromLatin1(octets.constData(), octets.size());
@@ -27,10 +20,10 @@ QString latin1(const QByteArray &octets)
 
 QString identifierText(const QByteArray &content)
 {
-    char text[100];
+    const OctetView octets = viewOf(content);
+    char text[ASN_MAX_OID_TEXT + 1];
     unsigned int length = sizeof text;
-    if (!ASNGetOIDName(reinterpret_cast<const unsigned char *>(content.constData()),
-                       static_cast<unsigned int>(content.size()), text, &length))
+    if (!ASNGetOIDName(octets.data, octets.size, text, &length))
         return {};
     return texts::nameOfIdentifier(QString::fromLatin1(text, static_cast<int>(length)));
 }
@@ -40,25 +33,33 @@ constexpr int kConverterOverrun = 6;
 
 QString textOfBmp(const QByteArray &content)
 {
-    const int size = sizeOf(content) * 2 + 1;
+    const int length = static_cast<int>(content.size());
+    const int size = length * 2 + 1;
     QByteArray utf8(size + kConverterOverrun, '\0');
-    const int written = code_unicode_to_utf8_reversebyte_BYTE(
-        content.constData(), sizeOf(content) / 2, utf8.data(), size);
+    const int written =
+        code_unicode_to_utf8_reversebyte_BYTE(content.constData(), length / 2, utf8.data(), size);
     return QString::fromUtf8(utf8.constData(), written);
 }
 
 QByteArray octetsOfBmp(const QByteArray &content)
 {
-    const int units = sizeOf(content) / 2;
+    const int length = static_cast<int>(content.size());
+    const int units = length / 2;
     if (units == 0)
         return {};
     std::vector<unsigned int> widened(static_cast<std::size_t>(units) + 1, 0);
     for (std::size_t i = 0; i + 1 < widened.size(); ++i)
         std::memcpy(&widened[i], content.constData() + 2 * i, 2);
-    const int size = sizeOf(content) * 2 + 1;
+    const int size = length * 2 + 1;
     QByteArray utf8(size + kConverterOverrun, '\0');
     utf8.truncate(code_unicode_to_utf8_reversebyte(widened.data(), units, utf8.data(), size));
     return utf8;
+}
+
+AsnBlockPtr parsed(const QByteArray &der)
+{
+    const OctetView octets = viewOf(der);
+    return AsnBlockPtr(ASNAddByData(nullptr, octets.data, octets.size));
 }
 
 } // namespace
@@ -121,7 +122,7 @@ PXAsnBlock *PXAsnBlock::getChild(int index, int checkType) const
         std::puts("PXAsnBlock* block = listChild.at(index); fail");
         return nullptr;
     }
-    if (checkType != 0 && !block->checkTag(checkType)) {
+    if (checkType != ASN_TAG_ANY && !block->checkTag(checkType)) {
         std::puts("!block->checkTag(checkType) fail ");
         return nullptr;
     }
@@ -131,9 +132,9 @@ PXAsnBlock *PXAsnBlock::getChild(int index, int checkType) const
 QByteArray PXAsnBlock::contentOctets() const
 {
     if (!node || ASNIsConstructed(node->tag) || node->rawFlag != 1 || !node->content ||
-        node->contentLength > kMostOctets)
+        node->contentLength > kMostValueOctets)
         return {};
-    return {reinterpret_cast<const char *>(node->content), static_cast<int>(node->contentLength)};
+    return copyOf({node->content, node->contentLength});
 }
 
 PXAsnBlock::operator QString() const
@@ -176,8 +177,8 @@ PXAsnBlock::operator int() const
     if (content.size() != 2 && content.size() != 4)
         return 0;
     unsigned int value = 0;
-    for (int i = sizeOf(content) - 1; i >= 0; --i)
-        value = value << 8 | static_cast<unsigned char>(content.at(i));
+    for (auto octet = content.crbegin(); octet != content.crend(); ++octet)
+        value = value << 8 | static_cast<unsigned char>(*octet);
     return static_cast<int>(value);
 }
 
@@ -233,14 +234,9 @@ int PXAsn::open(const QByteArray &data)
     core_calls::sendProgress("open", 40, " start");
     if (data.isEmpty())
         return 0;
-    const auto parse = [](const QByteArray &octets) {
-        return AsnBlockPtr(ASNAddByData(nullptr,
-                                        reinterpret_cast<const unsigned char *>(octets.constData()),
-                                        static_cast<unsigned int>(octets.size())));
-    };
-    AsnBlockPtr root = parse(data);
+    AsnBlockPtr root = parsed(data);
     if (!root)
-        root = parse(QByteArray::fromBase64(data));
+        root = parsed(QByteArray::fromBase64(data));
     // A parse leaves the switch as it found or set it; each document starts anew.
     g_bExtend = 0;
     if (!root)

@@ -11,10 +11,21 @@
 #include <string>
 #include <vector>
 
+/// The largest content that is read as a value or a text. Beyond it, the sizes of texts made from
+/// it would no longer fit into an int.
+constexpr unsigned int kMostValueOctets = 512U * 1024 * 1024;
+
 /// One element of a parsed tree, as an object: navigation, values, texts and editing. Results are
-/// 1 for success and 0 for failure. Failed navigation prints a fixed text to standard output.
+/// 1 for success and 0 for failure, after which everything is as it was, where nothing else is
+/// said. Failed navigation prints a fixed text to standard output.
 ///
-/// It does not own its node. Child objects are owned by this one and live as long as it does.
+/// An object does not own its node: the document (`PXAsn`), or who handed the node to `load`, does.
+/// Child objects are owned by this one, and each is also its `QObject` child. What ends them:
+/// - the destructor, and `close`: all below;
+/// - `setData` and `setDataEx` on an OCTET STRING: all below;
+/// - `remove`: the one at the index, with all below it.
+/// What is handed out lives until one of these, on this object or one above it.
+///
 /// GUI thread only.
 class PXAsnBlock : public QObject
 {
@@ -24,31 +35,33 @@ public:
     explicit PXAsnBlock(QObject *parent);
     ~PXAsnBlock() override;
 
-    /// Stands for `block` from now on, with one child object for each of its children. 0 for null.
+    /// Stands for `block` from now on, with one child object for each of its children, in order;
+    /// child objects that it had end. `block` stays its owner's and must outlive this object's use
+    /// of it. 0 for null. Linear in the subtree.
     int load(stASN_BLOCK_HEADER *block);
 
     int type() const; ///< the identifier octet; 0 without node
     bool checkTag(int tag) const;
     int getChildCount() const;
-    /// The child object at `index`, owned here; null when there is none, or when `checkType` is not
-    /// 0 and the child has another tag.
+    /// The child object at `index`, from 0, owned here; null when there is none, or when
+    /// `checkType` is not `ASN_TAG_ANY` and the child has another tag. Constant time.
     PXAsnBlock *getChild(int index, int checkType) const;
 
     /// The content octets as they are encoded, the unused-bits octet of a BIT STRING included;
-    /// empty without node, for a node that holds children, and above 512 MiB.
+    /// empty without node, for a node that holds children, and above `kMostValueOctets`. A copy.
     QByteArray contentOctets() const;
 
     // Values. Empty, or 0, without node and for a constructed one.
 
-    /// OBJECT IDENTIFIER: its name in the language file's OID section, or dotted text. BIT STRING:
-    /// the octets after the unused-bits octet. UTF8String and BMPString: their text. Others: the
-    /// content as Latin-1.
+    /// OBJECT IDENTIFIER (X.690, 8.19): its name in the language file's OID section, or dotted
+    /// text, or nothing when it has none. BIT STRING (8.6): the octets after the unused-bits octet,
+    /// as Latin-1. UTF8String and BMPString (8.23): their text. Others: the content as Latin-1.
     operator QString() const;
     /// BIT STRING: the octets after the unused-bits octet. BMPString: its text in UTF-8. Others:
     /// the content.
     operator QByteArray() const;
-    /// INTEGER of one octet, unsigned. Deliberate: two and four octets are read as the platform
-    /// stores them, others as 0.
+    /// INTEGER (X.690, 8.3) of one octet, unsigned. Deliberate: two and four octets are read as the
+    /// platform stores them, others as 0.
     operator int() const;
     /// Local date and time of a time value, invalid for anything else and when a field is out of
     /// range. A field that is missing or no number counts as 0.
@@ -61,13 +74,17 @@ public:
     /// for any other text and when a field is out of range. One that is no number counts as 0.
     static QDateTime convertDateTime(const QByteArray &text);
 
-    // Texts for people.
+    // Texts for people. Linear in the octets below.
 
-    QString printData() const;    ///< " { value }"
-    QString printData_ex() const; ///< the value alone, as extensions show it
-    QString print() const;        ///< the type's name, and the length of the value's text
-    QString myprint() const;      ///< one line for each leaf below
-    void dump(int indent) const;  ///< the tree's `print` texts, to standard output
+    QString printData() const; ///< " { value }"
+    /// The value alone, as extensions show it, in the forms of `leaf_text`; a UTCTime up to its
+    /// first NUL and with a blank behind it.
+    QString printData_ex() const;
+    QString print() const;       ///< the type's name, and the length of the value's text
+    QString myprint() const;     ///< one line for each leaf below
+    void dump(int indent) const; ///< the tree's `print` texts, to standard output
+    /// The `printData` of every leaf below, depth first, in the local 8-bit encoding, each with
+    /// ": " behind it.
     std::string get_basedata() const;
 
     /// Appends the value text of every leaf below, depth first. Always 1.
@@ -78,6 +95,7 @@ public:
 
     // Editing. Afterwards `update` on the document makes lengths right for `build`.
 
+    /// Computes the lengths of the subtree. 0 without node.
     int update();
     /// The DER of the subtree, by the lengths that `update` left; empty where a leaf has outgrown
     /// them.
@@ -88,8 +106,10 @@ public:
     int setData(const QByteArray &data);
     /// The same, an INTEGER as given.
     int setDataEx(const QByteArray &data);
-    /// A new child at the end, owned here; null when this is no constructed node.
+    /// A new child at the end, node and object, an empty leaf; the object is owned here. Null when
+    /// this is no constructed node. For a constructed tag the new object has no node.
     PXAsnBlock *addSample(int tag);
+    /// The same for a node that can have children. Null for a tag that is not constructed.
     PXAsnBlock *addStruct(int tag);
     /// Appends the first element of `der`. Deliberate: the new child object stands for this node,
     /// not for the new element.
@@ -109,7 +129,8 @@ private:
                   const int (&lines)[4]);
 };
 
-/// A document: the root of a tree that it owns.
+/// A document: the root of a tree that it owns. `close`, the destructor, and the next `open` or
+/// `create` that succeeds end the tree and all child objects.
 class PXAsn : public PXAsnBlock
 {
     Q_OBJECT
@@ -118,10 +139,12 @@ public:
     explicit PXAsn(QObject *parent);
     ~PXAsn() override;
 
-    /// Parses DER, or base64 text of it. 1 on success.
+    /// Parses DER, or base64 text of it: its first element, with all that is below. Nothing points
+    /// into `data` afterwards. Clears the extension switch (`g_bExtend`). Linear in `data`.
     int open(const QByteArray &data);
-    /// A new document of an empty SEQUENCE. Deliberate: the tag only has to be a constructed one.
+    /// Makes this a document of an empty SEQUENCE. Deliberate: the tag only has to be a constructed
+    /// one.
     int create(int tag);
-    /// Frees the tree and all child objects.
+    /// Frees the tree and all child objects. Nothing happens without them.
     void close();
 };

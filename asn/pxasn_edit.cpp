@@ -1,6 +1,7 @@
 #include "asn/pxasn.h"
 
 #include "asn/asn_values.h"
+#include "asn/octet_view.h"
 #include "core/core_calls.h"
 
 #include <memory>
@@ -12,24 +13,12 @@ namespace {
 constexpr const char *kOctetStringStart = " set data ASN_TAG_TYPE_OCTET_STRING start";
 constexpr const char *kOctetStringEnd = " set data ASN_TAG_TYPE_OCTET_STRING end";
 
-const unsigned char *octetsOf(const QByteArray &data)
-{
-    return reinterpret_cast<const unsigned char *>(data.constData());
-}
-
-unsigned int sizeOf(const QByteArray &data)
-{
-    return static_cast<unsigned int>(data.size());
-}
-
 // The encoding of dotted text; the text itself when it can't be encoded.
 QByteArray encodedIdentifier(const QByteArray &dotted)
 {
-    unsigned char octets[256];
+    unsigned char octets[ASN_MAX_OID_OCTETS];
     unsigned int length = sizeof octets;
-    if (!ASNGetOIDData(dotted.constData(), octets, &length))
-        return dotted;
-    return {reinterpret_cast<const char *>(octets), static_cast<int>(length)};
+    return ASNGetOIDData(dotted.constData(), octets, &length) ? copyOf({octets, length}) : dotted;
 }
 
 } // namespace
@@ -59,7 +48,7 @@ QByteArray PXAsnBlock::build()
 {
     sendProgress("build", 375, " start");
     QByteArray der(static_cast<int>(ASNGetBlockLength(node)), '\0');
-    if (!ASNBuildData(node, reinterpret_cast<unsigned char *>(der.data()), sizeOf(der)))
+    if (!ASNBuildData(node, reinterpret_cast<unsigned char *>(der.data()), ASNGetBlockLength(node)))
         der.clear();
     sendProgress("build", 394, " end");
     return der;
@@ -85,7 +74,8 @@ int PXAsnBlock::storeData(const QByteArray &data, bool padInteger, const char *o
     if (checkTag(ASN_TAG_BIT_STRING) ||
         (padInteger && checkTag(ASN_TAG_INTEGER) && hasHighFirstOctet))
         content.prepend('\0');
-    if (!ASNSetBlockData(node, octetsOf(content), sizeOf(content)))
+    const OctetView octets = viewOf(content);
+    if (!ASNSetBlockData(node, octets.data, octets.size))
         return 0;
     if (checkTag(ASN_TAG_OCTET_STRING)) {
         sendProgress(operation, lines[1], kOctetStringStart);
@@ -124,7 +114,8 @@ int PXAsnBlock::addBlock(const QByteArray &der)
 {
     if (!node)
         return 0;
-    stASN_BLOCK_HEADER *added = ASNAddByData(node, octetsOf(der), sizeOf(der));
+    const OctetView octets = viewOf(der);
+    stASN_BLOCK_HEADER *added = ASNAddByData(node, octets.data, octets.size);
     if (!added)
         return 0;
     auto child = std::make_unique<PXAsnBlock>(this);

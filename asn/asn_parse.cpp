@@ -1,0 +1,97 @@
+#include "asn/asn_block.h"
+#include "asn/der_cursor.h"
+
+unsigned char g_bExtend = 0;
+
+namespace {
+
+// One parse: how deep it is and how many elements it has met.
+class Parser
+{
+public:
+    stASN_BLOCK_HEADER *element(stASN_BLOCK_HEADER *parent, DerCursor &cursor);
+
+private:
+    bool holdsElements(const DerElement &element) const;
+    AsnBlockPtr withChildren(const DerElement &element);
+    static AsnBlockPtr leaf(const DerElement &element);
+
+    int m_openElements = 0;
+    unsigned int m_count = 0;
+};
+
+stASN_BLOCK_HEADER *Parser::element(stASN_BLOCK_HEADER *parent, DerCursor &cursor)
+{
+    if (cursor.identifier() == ASN_TAG_EXTENSIONS)
+        g_bExtend = 1;
+    DerElement element;
+    if (m_openElements == ASN_MAX_DEPTH || m_count == ASN_MAX_ELEMENTS ||
+        !ASN_TAGVALID(cursor.identifier()) || !cursor.next(element))
+        return nullptr;
+    ++m_count;
+    AsnBlockPtr node = holdsElements(element) ? withChildren(element) : leaf(element);
+    if (!node || (parent && !ASNAppendChild(parent, node.get())))
+        return nullptr;
+    return node.release();
+}
+
+// A constructed element does, whatever its content. An OCTET STRING does when its content is a run
+// of elements that all parse and end with it. The headers tell, because what is in such a run
+// always parses: a constructed element whatever it holds, an OCTET STRING as a leaf. So nothing is
+// built and thrown away, and the time stays linear in the input.
+bool Parser::holdsElements(const DerElement &element) const
+{
+    if (element.tag != ASN_TAG_OCTET_STRING || !g_bExtend)
+        return ASNIsConstructed(element.tag);
+    if (element.content.size == 0 || m_openElements + 1 == ASN_MAX_DEPTH)
+        return false;
+    DerCursor run(element.content);
+    DerElement child;
+    while (ASN_TAGVALID(run.identifier()) && run.next(child))
+        continue;
+    return run.atEnd();
+}
+
+AsnBlockPtr Parser::withChildren(const DerElement &element)
+{
+    AsnBlockPtr node(ASNCreateStruct(element.tag, nullptr));
+    if (!node)
+        return nullptr;
+    ++m_openElements;
+    DerCursor children(element.content);
+    while (this->element(node.get(), children))
+        continue;
+    --m_openElements;
+    return node;
+}
+
+AsnBlockPtr Parser::leaf(const DerElement &element)
+{
+    AsnBlockPtr node(ASNAddSample(element.tag, nullptr));
+    if (!node || !ASNSetBlockData(node.get(), element.content.data, element.content.size))
+        return nullptr;
+    return node;
+}
+
+} // namespace
+
+int ASN_TAGVALID(unsigned char tag)
+{
+    return (tag >= 0x01 && tag <= 0x0A) || tag == 0x0C || tag == 0x0D ||
+           (tag >= 0x12 && tag <= 0x1E) || tag == 0x30 || tag == 0x31 ||
+           (tag >= 0xA0 && tag <= 0xA4) || tag == 0x80 || tag == 0x82 || tag == 0x86;
+}
+
+stASN_BLOCK_HEADER *ASNAddByData(stASN_BLOCK_HEADER *parent, const unsigned char *data,
+                                 unsigned int size)
+{
+    DerCursor cursor({data, data ? size : 0});
+    return Parser().element(parent, cursor);
+}
+
+unsigned int ASNCalcBlockLength(const unsigned char *data, unsigned int available)
+{
+    DerCursor cursor({data, data ? available : 0});
+    DerElement element;
+    return cursor.next(element) ? element.size : 0;
+}
