@@ -11,12 +11,15 @@
 #include "ui_mainwindow.h"
 #include "util/c_language.h"
 #include "util/qt_compat.h"
+#include "util/text_keys.h"
+#include "util/texts.h"
 
 #include <QApplication>
 #include <QListView>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QToolButton>
@@ -51,6 +54,30 @@ QFrame *newLine(QWidget *window, const QRect &place)
     line->setMidLineWidth(1);
     line->setFrameShape(QFrame::HLine);
     return line;
+}
+
+// What only a screen reader says. A language file of the suite's own may not have it: no name is
+// better than a key's.
+QString spoken(QLatin1String key)
+{
+    const QString text = texts::shown(key);
+    return text == key ? QString() : text;
+}
+
+// A label's text without its key, as a letter of the text ("&Show:") or beside it ("显示(&S):").
+QString withoutMnemonic(QString text)
+{
+    static const QRegularExpression beside(QStringLiteral("\\(&.\\)"));
+    return text.remove(beside).remove(QLatin1Char('&'));
+}
+
+// As Space does unasked.
+void pressByEnter(QAbstractButton *button)
+{
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto *shortcut = new QShortcut(key, button, nullptr, nullptr, Qt::WidgetShortcut);
+        QObject::connect(shortcut, &QShortcut::activated, button, &QAbstractButton::click);
+    }
 }
 
 // The margins of a text box's viewport, which the toolkit leaves to derived classes.
@@ -206,6 +233,8 @@ void MainWindow::setUpButtons()
     setTabOrder(ui->tableWidget_detailinfo, ui->plainTextEdit_detail_2);
     setTabOrder(ui->plainTextEdit_detail_2, bottomButton);
     closeButton->setAccessibleName(text("PXCERTREAD_0041"));
+    pressByEnter(closeButton);
+    pressByEnter(bottomButton);
 }
 
 void MainWindow::setUpBoxes()
@@ -220,6 +249,7 @@ void MainWindow::setUpBoxes()
         box->setStyleSheet(textStyle(m_scale));
         box->verticalScrollBar()->setStyleSheet(boxScrollBarStyle(m_scale));
         box->setContextMenuPolicy(Qt::NoContextMenu);
+        box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     }
     // Of the form's vertical line, only its two ends would be seen.
     for (QPlainTextEdit *box : {ui->plainTextEdit_normal, ui->plainTextEdit_normal_2})
@@ -245,6 +275,10 @@ void MainWindow::setUpKeyboard()
     for (const char *keys : {"Esc", "Ctrl+W", "Ctrl+Q"})
         connect(new QShortcut(QKeySequence(QLatin1String(keys)), this), &QShortcut::activated, this,
                 &MainWindow::Exit);
+    // Of two pages, the next one is the one before.
+    for (const char *keys : {"Ctrl+Tab", "Ctrl+Shift+Tab", "Ctrl+PgDown", "Ctrl+PgUp"})
+        connect(new QShortcut(QKeySequence(QLatin1String(keys)), this), &QShortcut::activated, this,
+                [this] { ui->tabWidget->setCurrentIndex(1 - ui->tabWidget->currentIndex()); });
     connect(new TableKeys(ui->tableWidget_detailinfo), &TableKeys::rowChosen, this,
             &MainWindow::on_tableWidget_detailinfo_clicked);
     ui->comboBox_selection->view()->installEventFilter(new PopupEscape(this));
@@ -254,12 +288,12 @@ void MainWindow::setUpKeyboard()
 
 void MainWindow::nameControls()
 {
-    ui->plainTextEdit_normal->setAccessibleName(text("PXCERTREAD_0070"));
-    ui->plainTextEdit_normal_2->setAccessibleName(text("PXCERTREAD_0071"));
-    ui->comboBox_selection->setAccessibleName(text("PXCERTREAD_0069"));
-    ui->label_2_notice->setBuddy(ui->comboBox_selection); // the name that is asked for under X11
-    ui->tableWidget_detailinfo->setAccessibleName(text("PXCERTREAD_0072"));
-    ui->plainTextEdit_detail_2->setAccessibleName(text("PXCERTREAD_0073"));
+    ui->plainTextEdit_normal->setAccessibleName(spoken(text_keys::kSpokenStatus));
+    ui->plainTextEdit_normal_2->setAccessibleName(spoken(text_keys::kSpokenIdentity));
+    ui->comboBox_selection->setAccessibleName(withoutMnemonic(ui->label_2_notice->text()));
+    ui->label_2_notice->setBuddy(ui->comboBox_selection);
+    ui->tableWidget_detailinfo->setAccessibleName(spoken(text_keys::kSpokenFields));
+    ui->plainTextEdit_detail_2->setAccessibleName(spoken(text_keys::kSpokenFullValue));
 }
 
 void MainWindow::Exit()

@@ -26,44 +26,74 @@ TableKeys::TableKeys(QTableWidget *table)
 {
     table->setTabKeyNavigation(false); // Tab leaves the table
     table->installEventFilter(this);
-    // No click comes of it when the mouse is pressed on one row and released on another.
+    table->viewport()->installEventFilter(this);
+    // No click comes of a press that is released elsewhere.
+    connect(table, &QTableWidget::pressed, this, &TableKeys::choose);
     connect(table, &QTableWidget::entered, this, [this](const QModelIndex &index) {
         if (QGuiApplication::mouseButtons() & Qt::LeftButton)
-            emit rowChosen(index);
+            choose(index);
     });
 }
 
 bool TableKeys::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() != QEvent::KeyPress)
+    switch (event->type()) {
+    case QEvent::KeyPress:
+        press(static_cast<QKeyEvent *>(event));
+        return true;
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick: // the other buttons would mark a row
+        return static_cast<QMouseEvent *>(event)->button() != Qt::LeftButton;
+    default:
         return QObject::eventFilter(watched, event);
-    auto *key = static_cast<QKeyEvent *>(event);
+    }
+}
+
+void TableKeys::press(QKeyEvent *key)
+{
+    const bool isMove = movesThroughRows(key->key());
+    const int marked = markedRow();
     if (key->matches(QKeySequence::Copy))
         copyRow();
-    else
+    else if (isMove)
         move(key);
-    return true;
+    else
+        static_cast<QObject *>(m_table)->event(key); // a letter, which looks for a name
+    if (isMove || markedRow() != marked)
+        choose(m_table->currentIndex());
 }
 
 void TableKeys::move(QKeyEvent *key)
 {
-    const int before = m_table->currentRow();
-    const int last = m_table->rowCount() - 1;
-    const bool isMove = movesThroughRows(key->key());
-    if (isMove && last < 0)
-        return;
-    if (key->key() == Qt::Key_Home)
-        m_table->setCurrentCell(0, 0);
-    else if (key->key() == Qt::Key_End)
-        m_table->setCurrentCell(last, 0);
-    else if (isMove && !m_table->selectionModel()->hasSelection())
-        m_table->setCurrentCell(qMax(before, 0), 0); // the first key takes the row it finds
-    else
+    const int row = qMax(m_table->currentRow(), 0);
+    const int column = qMax(m_table->currentColumn(), 0);
+    if (key->key() == Qt::Key_Home) {
+        m_table->setCurrentCell(0, column);
+    } else if (key->key() == Qt::Key_End) {
+        m_table->setCurrentCell(m_table->rowCount() - 1, column);
+    } else if (markedRow() < 0) {
+        // The first key takes the cell it finds, which tells nobody unless it changes.
+        m_table->selectionModel()->clearCurrentIndex();
+        m_table->setCurrentCell(row, column);
+    } else {
         static_cast<QObject *>(m_table)->event(key);
-    if (isMove)
-        m_table->selectRow(m_table->currentRow()); // which Ctrl leaves as it was, or takes back
-    if (isMove || m_table->currentRow() != before)
-        emit rowChosen(m_table->currentIndex());
+    }
+}
+
+void TableKeys::choose(const QModelIndex &index)
+{
+    if (!index.isValid())
+        return;
+    // Ctrl leaves the mark where it was, or takes it back.
+    m_table->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect |
+                                                 QItemSelectionModel::Rows);
+    emit rowChosen(index);
+}
+
+int TableKeys::markedRow() const
+{
+    const QModelIndexList rows = m_table->selectionModel()->selectedRows();
+    return rows.isEmpty() ? -1 : rows.first().row();
 }
 
 void TableKeys::copyRow() const

@@ -51,6 +51,7 @@ QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) c
     QString text = value.toString().left(kMostShown);
     while (text.endsWith(QLatin1Char('\n')))
         text.chop(1);
+    text.replace(QLatin1Char('\n'), QLatin1Char(' '));
     return QStyledItemDelegate::displayText(text, locale);
 }
 
@@ -60,4 +61,6 @@ void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelInde
     option->state &= ~QStyle::State_HasFocus;
     if (index.column() == 0)
         option->text = breakable(option->text);
+    else
+        option->features &= ~QStyleOptionViewItem::WrapText; // nothing is cut off before its end
 }

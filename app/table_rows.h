@@ -13,8 +13,8 @@ constexpr int kFullValueRole = Qt::UserRole;
 void appendRow(QTableWidget *table, const detail_node &node);
 
 /// Paints the beginning of a text: laying out one of megabytes takes seconds, and the style would
-/// do it for every paint. The names in column 0 may break within an identifier. No cell is set off
-/// from its row.
+/// do it for every paint. The names in column 0 may break within an identifier; a value is one
+/// line, as much of it as fits. No cell is set off from its row.
 class RowDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

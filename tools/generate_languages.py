@@ -21,7 +21,8 @@ FOLDER = TREE / "languages"
 # in the oldest that is in use for its language. It also tells the two Chinese scripts apart.
 LANGUAGES = {"CN": "gb2312", "TW": "big5", "EN": "ascii"}
 KEY = re.compile(r"[A-Z0-9_]+")
-TEXT_KEY = re.compile(r"PXCERTREAD_[0-9]{4}")
+# What only this program has to say counts by itself: the suite's own file may use the other numbers.
+TEXT_KEY = re.compile(r"(PXCERTREAD|PXVIEW)_[0-9]{4}")
 NAME = re.compile(r"([A-Z][a-z0-9]*)+")
 OID = re.compile(r"[0-2](\.(0|[1-9][0-9]*))+")
 BLANK = "\u2423"  # stands in the tables for a blank at either end of a text, which editors drop
@@ -88,16 +89,18 @@ def read_texts():
     another program of the suite, may hold a text under such a number.
     """
     rows = read_table("texts.tsv")
-    last, names = "", set()
+    last, names = {}, set()
     for row in rows:
         key, name = row["key"], row["name"]
-        if not TEXT_KEY.fullmatch(key):
+        form = TEXT_KEY.fullmatch(key)
+        if not form:
             raise SystemExit(f"not a text's key: {key!r}")
-        if key <= last:
-            raise SystemExit(f"{key}: a new text takes the number after the last, {last}")
+        before = last.get(form[1], "")
+        if key <= before:
+            raise SystemExit(f"{key}: a new text takes the number after the last, {before}")
         if not NAME.fullmatch(name) or name in names:
             raise SystemExit(f"{key}: not a name, or one that stands twice: {name!r}")
-        last = key
+        last[form[1]] = key
         names.add(name)
     return rows
 

@@ -40,10 +40,11 @@ inline constexpr QLatin1String kShowBasicFields("PXCERTREAD_0012", 15);
 inline constexpr QLatin1String kShowExtensions("PXCERTREAD_0013", 15);
 
 // Spoken
-inline constexpr QLatin1String kSpokenStatus("PXCERTREAD_0070", 15);
-inline constexpr QLatin1String kSpokenIdentity("PXCERTREAD_0071", 15);
-inline constexpr QLatin1String kSpokenFields("PXCERTREAD_0072", 15);
-inline constexpr QLatin1String kSpokenFullValue("PXCERTREAD_0073", 15);
+inline constexpr QLatin1String kSpokenStatus("PXVIEW_0001", 11);
+inline constexpr QLatin1String kSpokenIdentity("PXVIEW_0002", 11);
+inline constexpr QLatin1String kSpokenFields("PXVIEW_0003", 11);
+inline constexpr QLatin1String kSpokenFullValue("PXVIEW_0004", 11);
+inline constexpr QLatin1String kSpokenPages("PXVIEW_0005", 11);
 
 // Status
 inline constexpr QLatin1String kStatusPurposes("PXCERTREAD_0003", 15);

@@ -2,8 +2,9 @@
 
 #include <QWidget>
 
-/// A frame around the control that has the focus, drawn while the window is used by keyboard: the
-/// skin's style sheets leave most controls without a mark of their own.
+/// A frame around the control that has the focus, and around the current tab of a tab bar, drawn
+/// from the start until the mouse is used, and again as soon as a key is: the skin's style sheets
+/// leave most controls without a mark of their own.
 class FocusMark : public QWidget
 {
     Q_OBJECT
@@ -12,9 +13,13 @@ public:
     /// `window` owns the mark.
     explicit FocusMark(QWidget *window);
 
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    void follow(QWidget *control);
+    void follow();
+
+    bool m_wanted = true; ///< the keyboard was used last
 };

@@ -3,8 +3,8 @@
 #include <QApplication>
 #include <QFont>
 #include <QPalette>
+#include <QProxyStyle>
 #include <QStringList>
-#include <QStyleFactory>
 #include <QToolTip>
 
 namespace program_look {
@@ -49,6 +49,23 @@ QPalette lightPalette()
     return palette;
 }
 
+// The window marks the focus itself, in one way for all its controls.
+class SkinStyle : public QProxyStyle
+{
+public:
+    SkinStyle()
+        : QProxyStyle(QStringLiteral("Fusion"))
+    {
+    }
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                       const QWidget *widget) const override
+    {
+        if (element != PE_FrameFocusRect)
+            QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+};
+
 // The font that the style sheets name.
 const QString &skinFont()
 {
@@ -68,7 +85,7 @@ void chooseDisplay()
 void dress()
 {
     const QPalette palette = lightPalette();
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new SkinStyle);
     QApplication::setPalette(palette);
     QToolTip::setPalette(palette);
 }

@@ -49,6 +49,11 @@ QRect dragArea(const QSize &window)
     return {1, 1, window.width() - 58, 36};
 }
 
+QRect sheetArea(const QSize &window)
+{
+    return QRect(QPoint(0, 0), window).adjusted(11, 7, -11, -15);
+}
+
 QRect backgroundCentre()
 {
     return {QPoint(20, 20), QPoint(160, 160)};
@@ -94,7 +99,7 @@ QString tabsStyle(float scale)
                   "background:transparent;}"
                   "QTabBar::tab:!selected{color: rgb(0,0,0);background:transparent;}"
                   "QTabBar::tab:hover{color: #cd210f;background:transparent;}",
-                  {2, 15, -9, -9, 100, 30, -10, 40, 3}, scale);
+                  {2, 15, -9, -9, 100, 30, kTabMarginLeft, kTabMarginRight, 3}, scale);
 }
 
 QString tableHeaderStyle()

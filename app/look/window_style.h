@@ -15,6 +15,8 @@ constexpr int kHeight = 697;
 constexpr int kCaptionPointSize = 13;
 constexpr int kButtonPixelSize = 14;
 constexpr int kButtonHeight = 30;
+constexpr int kTabMarginLeft = -10;
+constexpr int kTabMarginRight = 40;
 
 /// Which of a place's lengths are taken otherwise than multiplied by the scale. Deliberate: the few
 /// that stay unscaled are so by contract.
@@ -63,6 +65,9 @@ QPoint centred(const QRect &window, const QRect &screen);
 
 /// Where the window can be grabbed to drag it: all but the close button's corner of its top edge.
 QRect dragArea(const QSize &window);
+
+/// Where the background's sheet lies, within its shadow.
+QRect sheetArea(const QSize &window);
 
 /// The part of the background image between its borders.
 QRect backgroundCentre();

@@ -96,6 +96,12 @@ struct OnScreen
         return QTest::qWaitFor([&] { return box->toPlainText() == QLatin1String(text); });
     }
 
+    int markedRow() const
+    {
+        const QModelIndexList rows = table->selectionModel()->selectedRows();
+        return rows.isEmpty() ? -1 : rows.first().row();
+    }
+
     QPoint cell(int row, int column) const
     {
         return table->viewport()->mapToGlobal(
@@ -142,6 +148,8 @@ private slots:
     void tabs();
     void rows();
     void draggingOverRowsShowsTheSelectedOne();
+    void aPressShowsTheRowItMarks();
+    void ctrlTakesNoMarkBack();
     void otherButtonsOverRowsShowNothing();
     void selector();
     void keyboard();
@@ -379,6 +387,32 @@ void TestAppMouse::draggingOverRowsShowsTheSelectedOne()
     QCOMPARE(screen.box->toPlainText(), QStringLiteral("all usages"));
 }
 
+void TestAppMouse::aPressShowsTheRowItMarks()
+{
+    OnScreen screen;
+    screen.tabs->setCurrentIndex(1);
+    xdotool(moveTo(screen.cell(2, 1)));
+    press(1);
+    QVERIFY(screen.shows("all usages"));
+    xdotool(moveTo(screen.box->mapToGlobal(QPoint(30, 90)))); // released where no click comes of it
+    release(1);
+    QCOMPARE(screen.markedRow(), 2);
+    QCOMPARE(screen.box->toPlainText(), QStringLiteral("all usages"));
+}
+
+void TestAppMouse::ctrlTakesNoMarkBack()
+{
+    OnScreen screen;
+    screen.tabs->setCurrentIndex(1);
+    for (int i = 0; i < 3; ++i) {
+        xdotool({QStringLiteral("keydown"), QStringLiteral("ctrl")});
+        clickAt(screen.cell(2, i % 2));
+        xdotool({QStringLiteral("keyup"), QStringLiteral("ctrl")});
+        QVERIFY(screen.shows("all usages"));
+        QCOMPARE(screen.markedRow(), 2);
+    }
+}
+
 void TestAppMouse::otherButtonsOverRowsShowNothing()
 {
     OnScreen screen;
@@ -390,7 +424,19 @@ void TestAppMouse::otherButtonsOverRowsShowNothing()
         xdotool(moveTo(screen.cell(2, 1)));
         release(button);
         QCOMPARE(screen.box->toPlainText(), QString());
+        QCOMPARE(screen.markedRow(), -1);
+        xdotool({QStringLiteral("click"), QStringLiteral("--repeat"), QStringLiteral("2"),
+                 QStringLiteral("--delay"), QStringLiteral("20"), QString::number(button)});
+        QCOMPARE(screen.markedRow(), -1);
     }
+    // Nor do they take away what is shown.
+    clickAt(screen.cell(2, 1));
+    QVERIFY(screen.shows("all usages"));
+    xdotool(moveTo(screen.cell(0, 0)));
+    press(3);
+    release(3);
+    QCOMPARE(screen.markedRow(), 2);
+    QCOMPARE(screen.box->toPlainText(), QStringLiteral("all usages"));
 }
 
 void TestAppMouse::selector()

@@ -103,6 +103,8 @@ private slots:
     void clickShowsTheFullText();
     void aSelectedRowIsOfOneColour();
     void aLastLineEndIsNotMarkedAsCutOff();
+    void aValueIsOneLine_data();
+    void aValueIsOneLine();
     void rowsAreAsHighBeforeTheWindowIsShown();
     void onlyTheFirstRowsTakeTheirNamesHeight();
     void clickOnTheEmptyAreaShowsNothing();
@@ -324,6 +326,41 @@ void TestAppViews::aLastLineEndIsNotMarkedAsCutOff()
     QCOMPARE(ended.table->viewport()->grab().toImage(), expected);
     QCOMPARE(endedTwice.table->viewport()->grab().toImage(), expected);
     QVERIFY(twoLines.table->viewport()->grab().toImage() != expected);
+}
+
+void TestAppViews::aValueIsOneLine_data()
+{
+    QTest::addColumn<QString>("value");
+    QTest::newRow("words") << QStringLiteral("1 Road, ") + QString(80, QLatin1Char('m'));
+    QTest::newRow("lines") << QStringLiteral("1 Road,\n") + QString(80, QLatin1Char('m'));
+    QTest::newRow("one word") << QString(80, QLatin1Char('m'));
+}
+
+// As much of it is shown as fits, to the column's end.
+void TestAppViews::aValueIsOneLine()
+{
+    QFETCH(QString, value);
+    Details details;
+    details.window.result_detail({row("name", value.toUtf8().constData(), "full", 0)});
+    const QRect cell = details.table->visualRect(details.table->model()->index(0, 1));
+    const QImage image = details.table->viewport()->grab(cell).toImage();
+    const QRgb ground = image.pixel(0, 0);
+    const auto inkIn = [&](int from, int to) {
+        int ink = 0;
+        for (int x = from; x < to; ++x) {
+            for (int y = 0; y < image.height(); ++y)
+                ink += image.pixel(x, y) != ground;
+        }
+        return ink;
+    };
+    for (int x = 10; x < image.width() - 20; x += 20)
+        QVERIFY2(inkIn(x, x + 20) > 0, qPrintable(QString::number(x)));
+
+    Details blank;
+    blank.window.result_detail(
+        {row("name", value.replace(QLatin1Char('\n'), QLatin1Char(' ')).toUtf8().constData(),
+             "full", 0)});
+    QCOMPARE(blank.table->viewport()->grab(cell).toImage(), image);
 }
 
 // A certificate is loaded before the window is shown, and then once more by the selector.

@@ -122,14 +122,16 @@ void TestLanguagesFile::hasTheSameKeysInEveryLanguage()
     for (const QString &oid : identifiers)
         names.append(underOid(oid));
     for (const QString &key : keys)
-        QVERIFY2(key.startsWith(QLatin1String("PXCERTREAD_")) || names.contains(key),
+        QVERIFY2(key.startsWith(QLatin1String("PXCERTREAD_")) ||
+                     key.startsWith(QLatin1String("PXVIEW_")) || names.contains(key),
                  qPrintable(key));
 }
 
 // Values of a certificate are looked up as well, so a key must not look like one.
 void TestLanguagesFile::hasNoKeyThatACertificateCouldHoldAsAValue()
 {
-    const QRegularExpression key(QStringLiteral("^PX(CERTREAD_[0-9]{4}|OID_[0-9]+(_[0-9]+)+)$"));
+    const QRegularExpression key(
+        QStringLiteral("^PX((CERTREAD|VIEW)_[0-9]{4}|OID_[0-9]+(_[0-9]+)+)$"));
     for (const char *language : kLanguages) {
         const QStringList keys = keysOf(language);
         for (const QString &each : keys)
