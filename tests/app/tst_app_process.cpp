@@ -10,7 +10,9 @@
 #include <QPixmap>
 #include <QScreen>
 #include <QtTest>
+#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -70,6 +72,30 @@ QStringList numbersOf(const QImage &picture)
     return numbers;
 }
 
+// Watches whether a file is opened.
+class Watch
+{
+public:
+    explicit Watch(const QString &path)
+        : m_fd(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
+    {
+        if (::inotify_add_watch(m_fd, QFile::encodeName(path).constData(), IN_OPEN) < 0)
+            qFatal("%s can't be watched", qPrintable(path));
+    }
+    ~Watch() { ::close(m_fd); }
+    Watch(const Watch &) = delete;
+    Watch &operator=(const Watch &) = delete;
+
+    bool wasOpened() const
+    {
+        inotify_event event = {};
+        return ::read(m_fd, &event, sizeof event) > 0;
+    }
+
+private:
+    int m_fd;
+};
+
 // How many certificates the model has gone through.
 int parsed(Program &program)
 {
@@ -87,7 +113,9 @@ class TestAppProcess : public QObject
 private slots:
     void withoutArgument();
     void standsInTheMiddle();
+    void standsInTheMiddleOfTheScreenUnderAPanel();
     void saysWhatItDoesInOrder();
+    void endsWithTheLoopsValue();
     void furtherArgumentsAreIgnored();
     void bearsTheIcon();
     void appearsOnceItIsLoaded();
@@ -126,7 +154,9 @@ private slots:
 void TestAppProcess::withoutArgument()
 {
     const ViewerTree tree;
+    const Watch languageFile(tree.path("languages/PXViewCertTool_Lang.ini"));
     const QImage before = stillScreen();
+    QVERIFY(!languageFile.wasOpened());
     Program program(tree, kViewer, {});
     bool appeared = false;
     while (program.isRunning())
@@ -134,7 +164,8 @@ void TestAppProcess::withoutArgument()
     QCOMPARE(program.end(), 0);
     QVERIFY(!appeared);
     QVERIFY(!program.debugLines().contains(QLatin1String(kReady)));
-    // The window was built: the core was loaded and the language was chosen.
+    // The window was built: the core was loaded, the language was chosen and its texts were read.
+    QVERIFY(languageFile.wasOpened());
     QVERIFY(program.outputLines().contains(QStringLiteral("Path = ") +
                                            QDir(tree.path()).canonicalPath() + QLatin1Char(' ')));
     QVERIFY(!program.debugLines().filter(QStringLiteral("PXClientConfig.dll")).isEmpty());
@@ -150,6 +181,22 @@ void TestAppProcess::standsInTheMiddle()
     QCOMPARE(Program::place(window), QRect(742, 191, 436, 697));
 }
 
+// The middle is the whole screen's, whatever a desktop's panels leave of it.
+void TestAppProcess::standsInTheMiddleOfTheScreenUnderAPanel()
+{
+    const auto xprop = [](const QString &arguments) {
+        return QProcess::execute(QStringLiteral("xprop"), arguments.split(QLatin1Char(' ')));
+    };
+    QCOMPARE(
+        xprop(QStringLiteral("-root -f _NET_WORKAREA 32c -set _NET_WORKAREA 300,200,1620,880")), 0);
+    QTRY_COMPARE(QGuiApplication::primaryScreen()->availableGeometry(), QRect(300, 200, 1620, 880));
+    const ViewerTree tree;
+    Program program(tree, kViewer, {example("server.pem")});
+    const QRect place = Program::place(program.window());
+    QCOMPARE(xprop(QStringLiteral("-root -remove _NET_WORKAREA")), 0);
+    QCOMPARE(place, QRect(742, 191, 436, 697));
+}
+
 void TestAppProcess::saysWhatItDoesInOrder()
 {
     const ViewerTree tree;
@@ -163,13 +210,25 @@ void TestAppProcess::saysWhatItDoesInOrder()
              QDir(tree.path()).canonicalPath());
 }
 
+// A core that tells from inside what is seen as each line is written, and ends the loop with 7.
+void TestAppProcess::endsWithTheLoopsValue()
+{
+    const ViewerTree tree;
+    tree.install("tests/cores/watching/PXSignatureCoreV10.so", "bin/PXSignatureCoreV10.so");
+    Program program(tree, kViewer, {example("server.pem")});
+    QCOMPARE(program.end(), 7);
+    QVERIFY(program.debugLines().contains(QStringLiteral("hidden: ") + QLatin1String(kLoaded)));
+    QVERIFY(program.debugLines().contains(QStringLiteral("shown: ") + QLatin1String(kReady)));
+}
+
 void TestAppProcess::furtherArgumentsAreIgnored()
 {
     const ViewerTree tree;
     Program program(tree, kViewer, {example("server.pem"), example("ca.pem"), example("ca.pem")});
     QVERIFY(program.says(kReady));
     QCOMPARE(parsed(program), 1);
-    Program other(ViewerTree(), kViewer, {QStringLiteral("/nowhere"), example("ca.pem")});
+    const ViewerTree otherTree;
+    Program other(otherTree, kViewer, {QStringLiteral("/nowhere"), example("ca.pem")});
     QVERIFY(other.says(kReady));
     QCOMPARE(parsed(other), 0);
 }
@@ -533,6 +592,8 @@ void TestAppProcess::textsPassThroughTheLocale()
     QCOMPARE(probe.end(), 0);
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QVERIFY(probe.outputLines().contains(QString::fromUtf8("caption=?????")));
+    QCOMPARE(probe.outputLines().filter(QStringLiteral("tab=")),
+             QStringList({"tab=??", "tab=????"}));
 #else
     QVERIFY(probe.outputLines().contains(QString::fromUtf8("caption=憑證檢視器")));
 #endif

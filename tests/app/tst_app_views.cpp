@@ -15,10 +15,25 @@
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <sys/stat.h>
 #include <type_traits>
 
 static_assert(std::has_virtual_destructor<stu_cert>::value, "stu_cert is a base by contract");
 static_assert(!std::is_copy_constructible<stu_cert>::value, "its buffer has one owner");
+
+// What the program asks the file system for; the linker hands its calls to this.
+static QByteArrayList lookedUp;
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names.
+extern "C" {
+int __real_stat(const char *path, struct stat *status);
+int __wrap_stat(const char *path, struct stat *status)
+{
+    lookedUp << path;
+    return __real_stat(path, status);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -535,9 +550,13 @@ void TestAppViews::length_data()
 {
     QTest::addColumn<int>("length");
     QTest::addColumn<bool>("isPath");
-    QTest::newRow("255") << 255 << true;
-    QTest::newRow("256") << 256 << false;
-    QTest::newRow("300") << 300 << false;
+    QTest::addColumn<bool>("isRelative");
+    for (const bool isRelative : {false, true}) {
+        const char *kind = isRelative ? "relative" : "absolute";
+        QTest::addRow("255, %s", kind) << 255 << true << isRelative;
+        QTest::addRow("256, %s", kind) << 256 << false << isRelative;
+        QTest::addRow("300, %s", kind) << 300 << false << isRelative;
+    }
 }
 
 // A certificate lies at a path of this length: it is opened as a file, or its name is taken for a
@@ -546,19 +565,27 @@ void TestAppViews::length()
 {
     QFETCH(int, length);
     QFETCH(bool, isPath);
-    QString path = m_folder.path();
+    QFETCH(bool, isRelative);
+    const QString before = QDir::currentPath();
+    const QString folder = QFileInfo(m_folder.path()).canonicalFilePath();
+    QVERIFY(QDir::setCurrent(folder));
+    QString path = isRelative ? QStringLiteral(".") : folder;
     while (path.size() < length - 200)
         path += QLatin1Char('/') + QString(100, QLatin1Char('d'));
     QVERIFY(QDir().mkpath(path));
     path += QLatin1Char('/') + QString(length - path.size() - 1, QLatin1Char('f'));
     QCOMPARE(path.size(), length);
+    QFile::remove(path);
     QVERIFY(QFile::copy(QStringLiteral(PX_SOURCE_DIR "/examples/ca.pem"), path));
 
     Details details;
     const MessageRecorder recorder;
+    lookedUp.clear();
     QVERIFY(details.window.loadcertfile(QFile::encodeName(path).constData()));
+    QCOMPARE(lookedUp.contains(QFile::encodeName(path)), isPath);
     QCOMPARE(details.table->rowCount() > 5, isPath);
     QCOMPARE(details.rows().isEmpty(), !isPath);
+    QVERIFY(QDir::setCurrent(before));
 }
 
 void TestAppViews::aLongArgumentIsACertificate()

@@ -12,6 +12,26 @@
 
 PX_SMALL_ALLOCATIONS
 
+// How much the library asked for last; the linker hands its requests to these.
+static std::size_t asked = 0;
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names.
+extern "C" {
+void *__real_calloc(std::size_t count, std::size_t size);
+void *__wrap_calloc(std::size_t count, std::size_t size)
+{
+    asked = count * size;
+    return __real_calloc(count, size);
+}
+void *__real__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag);
+void *__wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag)
+{
+    asked = size;
+    return __real__ZnamRKSt9nothrow_t(size, tag);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
 namespace {
 
 constexpr char kStandard[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=";
@@ -128,6 +148,7 @@ private slots:
     void refusalsOfEx();
     void roundTripEx();
     void withoutMemory();
+    void sizesOfTheBuffers();
 };
 
 void TestPxcppBase64::encode_data()
@@ -479,6 +500,30 @@ void TestPxcppBase64::withoutMemory()
         std::puts(null && count == 7 ? "null" : "something");
     });
     QVERIFY2(silent.output.endsWith("null\n"), silent.output.constData());
+}
+
+// Callers may count on the octets behind a result, and on no more.
+void TestPxcppBase64::sizesOfTheBuffers()
+{
+    const QByteArray data(400, 'x');
+    const QByteArray text(400, 'A');
+    for (int size = 1; size <= 400; ++size) {
+        const Freed<char> encoded(PXBase64Encode(data.constData(), std::uint64_t(size)));
+        QCOMPARE(asked, std::size_t(size + 2) / 3 * 4 + 1);
+        if (size % 4 == 0) {
+            const Freed<unsigned char> octets(PXBase64Decode(text.left(size).constData(), nullptr));
+            QCOMPARE(asked, std::size_t(size) / 4 * 3 + 1);
+        }
+        const std::unique_ptr<unsigned char[]> octets(
+            DeCodeBase64Ex(text.constData(), size, kStandard, nullptr));
+        QCOMPARE(asked, std::size_t(size));
+    }
+    // A text by table is given four characters more than its groups take.
+    for (const auto &[size, octets] :
+         {std::pair(0, 5), {1, 6}, {2, 7}, {3, 9}, {4, 10}, {300, 405}}) {
+        const Freed<char> encoded(EnCodeBase64Ex(data.constData(), size, kStandard));
+        QCOMPARE(asked, std::size_t(octets));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestPxcppBase64)
