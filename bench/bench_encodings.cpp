@@ -166,8 +166,10 @@ public:
     void ReportRuns(const std::vector<Run> &runs) override
     {
         for (const Run &run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-                const double time = run.GetAdjustedCPUTime();
+            // One that failed took no time; how it is marked differs between the library's
+            // versions.
+            const double time = run.GetAdjustedCPUTime();
+            if (run.run_type == Run::RT_Iteration && time > 0) {
                 const auto [at, first] = m_fastest.emplace(run.run_name.function_name, time);
                 at->second = first ? time : std::min(at->second, time);
             }

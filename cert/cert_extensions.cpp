@@ -329,7 +329,8 @@ bool c_pxcert::parseTBSCertificate_extendata(PXAsnBlock *extensions)
 
 QString c_pxcert::make_certnode(const QString &name, std::vector<QString> &values)
 {
-    const ExtensionRule &rule = ExtensionRules().of(name);
+    const ExtensionRules rules;
+    const ExtensionRule &rule = rules.of(name);
     return rule.fromValues(values, rule.flags);
 }
 

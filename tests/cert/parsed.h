@@ -16,9 +16,8 @@ struct Parsed
 
     void listenTo(c_pxcert &model)
     {
-        QObject::connect(&model, &c_pxcert::result_normal, [this](const QString &text, int block) {
-            blocks.append({text, block});
-        });
+        QObject::connect(&model, &c_pxcert::result_normal,
+                         [this](const QString &text, int block) { blocks.append({text, block}); });
         QObject::connect(&model, &c_pxcert::result_detail,
                          [this](const std::vector<detail_node> &all) {
                              rows = all;

@@ -206,46 +206,16 @@ private slots:
 #endif
     }
 
-    void extensions_data()
-    {
-        addCases(QStringLiteral("extensions"));
-    }
-    void extensions()
-    {
-        showsWhatIsExpected(QStringLiteral("extensions"));
-    }
-    void fields_data()
-    {
-        addCases(QStringLiteral("fields"));
-    }
-    void fields()
-    {
-        showsWhatIsExpected(QStringLiteral("fields"));
-    }
-    void times_data()
-    {
-        addCases(QStringLiteral("times"));
-    }
-    void times()
-    {
-        showsWhatIsExpected(QStringLiteral("times"));
-    }
-    void files_data()
-    {
-        addCases(QStringLiteral("files"));
-    }
-    void files()
-    {
-        showsWhatIsExpected(QStringLiteral("files"));
-    }
-    void arguments_data()
-    {
-        addCases(QStringLiteral("arguments"));
-    }
-    void arguments()
-    {
-        showsWhatIsExpected(QStringLiteral("arguments"));
-    }
+    void extensions_data() { addCases(QStringLiteral("extensions")); }
+    void extensions() { showsWhatIsExpected(QStringLiteral("extensions")); }
+    void fields_data() { addCases(QStringLiteral("fields")); }
+    void fields() { showsWhatIsExpected(QStringLiteral("fields")); }
+    void times_data() { addCases(QStringLiteral("times")); }
+    void times() { showsWhatIsExpected(QStringLiteral("times")); }
+    void files_data() { addCases(QStringLiteral("files")); }
+    void files() { showsWhatIsExpected(QStringLiteral("files")); }
+    void arguments_data() { addCases(QStringLiteral("arguments")); }
+    void arguments() { showsWhatIsExpected(QStringLiteral("arguments")); }
 };
 
 QTEST_GUILESS_MAIN(TestCertCases)
