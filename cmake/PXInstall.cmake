@@ -20,7 +20,10 @@ install(FILES "${px_packaging}/PXViewCertTool.desktop"
     DESTINATION share/applications COMPONENT viewer)
 install(FILES "${PROJECT_BINARY_DIR}/packaging/${px_metainfo}"
     DESTINATION share/metainfo COMPONENT viewer)
-install(FILES "${px_packaging}/PXViewCertTool.1" DESTINATION share/man/man1 COMPONENT viewer)
+foreach(language "" zh_CN/ zh_TW/)
+    install(FILES "${px_packaging}/man/${language}PXViewCertTool.1" "${px_packaging}/man/PXViewCertTool-open.1"
+        DESTINATION "share/man/${language}man1" COMPONENT viewer)
+endforeach()
 foreach(size 16 24 32 48 64 128 256)
     install(FILES "${PROJECT_SOURCE_DIR}/app/img/icon/stamp-${size}.png"
         DESTINATION "share/icons/hicolor/${size}x${size}/apps" RENAME PXViewCertTool.png

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# fresh_root_test.sh DEBS CACHE: in a Debian that holds nothing but the bare system and a desktop's
-# openers, apt installs the packages with all they depend on, an ordinary user opens certificates, and
-# the packages are removed. Needs root, or sudo without a password, and a Debian mirror the first time;
+# fresh_root_test.sh PACKAGES CACHE: in a Debian that holds nothing but the bare system and a desktop's
+# openers, apt installs the package with all it depends on, an ordinary user opens certificates, and
+# the package is removed; then the same with the RPM. Needs root, or sudo without a password, and a Debian mirror the first time;
 # where it cannot have these it says so and is counted as not run (package_test.sh needs neither).
 if [ "$(id -u)" -ne 0 ] && sudo -n true 2>/dev/null; then
     exec sudo -n "$0" "$@"
@@ -10,7 +10,8 @@ if [ -z "${PX_OWN_MOUNTS-}" ] && unshare --mount true 2>/dev/null; then
     PX_OWN_MOUNTS=yes exec unshare --mount --propagation private "$0" "$@"
 fi
 source "$(dirname "$0")/support.sh"
-debs=$1
+deb=$(echo "$1"/pxviewcerttool_*.deb)
+rpm=$(echo "$1"/pxviewcerttool-*.rpm)
 cache=$2
 cannot() {
     echo "NOT RUN: a fresh root $*" >&2
@@ -20,21 +21,21 @@ cannot() {
 
 tools=libglib2.0-bin,xdg-utils,shared-mime-info,desktop-file-utils
 release=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
-wanted=$({ echo "$release $tools"; for deb in "$debs"/*.deb; do dpkg-deb -f "$deb" Depends; done; } |
+wanted=$({ echo "$release $tools"; dpkg-deb -f "$deb" Depends; } |
     sha256sum | cut -c1-16)
 base=$cache/fresh-root-$wanted.tar
 if [ ! -f "$base" ]; then
     mkdir -p "$cache"
-    # What the packages depend on is fetched, but not installed.
-    export DEBS=$debs UNSATISFIABLE=$work/unsatisfiable
-    install='apt-get install --no-install-recommends /debs/*.deb'
+    # What the package depends on is fetched, but not installed.
+    export DEB=$deb UNSATISFIABLE=$work/unsatisfiable
+    install='apt-get install --no-install-recommends /viewer.deb'
     mmdebstrap --variant=apt --include="$tools" --skip=cleanup/apt --format=tar \
-        --customize-hook='mkdir "$1/debs" && cp "$DEBS"/*.deb "$1/debs"' \
+        --customize-hook='cp "$DEB" "$1/viewer.deb"' \
         --customize-hook="chroot \"\$1\" sh -c '$install --simulate' || { touch \$UNSATISFIABLE; exit 1; }" \
         --customize-hook="chroot \"\$1\" sh -c '$install --yes --download-only'" \
-        --customize-hook='rm -r "$1/debs"' \
+        --customize-hook='rm "$1/viewer.deb"' \
         "$release" - >"$base.part" 2>"$work/log" || {
-        [ ! -e "$UNSATISFIABLE" ] || fail "Debian cannot satisfy what the packages depend on: $(cat "$work/log")"
+        [ ! -e "$UNSATISFIABLE" ] || fail "Debian cannot satisfy what the package depends on: $(cat "$work/log")"
         cannot "could not be made: $(grep '^E:' "$work/log" | tail -n 3)"
     }
     mv "$base.part" "$base"
@@ -48,9 +49,8 @@ trap 'umount "$root/proc"; rm -rf --one-file-system "$work"' EXIT
 inside() { chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive "$@"; }
 must() { inside "$@" >"$work/log" 2>&1 || fail "$*: $(tail -n 20 "$work/log")"; }
 
-mkdir "$root/debs"
-cp "$debs"/*.deb "$root/debs"
-must sh -c 'apt-get install -y --no-install-recommends /debs/*.deb'
+cp "$deb" "$root/viewer.deb"
+must apt-get install -y --no-install-recommends /viewer.deb
 must useradd --create-home tester
 home=$root/home/tester
 cp "$top/examples/server.pem" "$home/"
@@ -71,9 +71,33 @@ opens "$work/as_tester" gio launch $entry "$path"
 opens "$work/as_tester" xdg-open server.pem
 opens "$work/as_tester" xdg-open "$path"
 
-must dpkg --purge pxviewcerttool pxviewcerttool-core
-rm -r "$root"/{debs,home/tester,tmp} # /tmp with the guard of the single instance, which outlives it
-left=$(find "$root" -xdev \( -iname '*pxview*' -o -iname '*pxsignature*' -o -iname '*orvane*' \) -print
-    grep -rl PXViewCertTool "$root/usr/share" "$root/etc" "$root/var/lib/dpkg" || true)
-left=$(grep -v '/var/lib/dpkg/\(status\|available\)-old$' <<<"$left" || true)
-[ -z "$left" ] || fail "removing left: $left"
+nothing_left() {
+    local left
+    rm -rf "$root/tmp/"* # the guard of the single instance, which outlives it
+    left=$(find "$root" -xdev \( -iname '*pxview*' -o -iname '*pxsignature*' -o -iname '*orvane*' \) -print
+        grep -rl PXViewCertTool "$root/usr/share" "$root/etc" "$root/var/lib/dpkg" || true)
+    left=$(grep -v '/var/lib/dpkg/\(status\|available\)-old$' <<<"$left" || true)
+    [ -z "$left" ] || fail "removing left: $left"
+}
+must dpkg --purge pxviewcerttool
+rm "$root/viewer.deb"
+rm -r "$root/home/tester"
+nothing_left
+
+# The RPM, put there by the machine's rpm; its records know nothing of what dpkg installed.
+rpm_there() { rpm --root "$root" --nodeps "$@" >"$work/log" 2>&1 || fail "rpm $*: $(cat "$work/log")"; }
+core=$root/usr/lib/orvane/bin/PXSignatureCoreV10.so
+install -d -o 1000 -g 1000 "$home"
+install -m 644 "$top/examples/server.pem" "$home/"
+rpm_there --install "$rpm"
+opens "$work/as_tester" PXViewCertTool server.pem
+opens "$work/as_tester" gio launch $entry server.pem
+rpm_there --upgrade --force "$rpm"
+cmp -s "$core" "$root/usr/lib/orvane/default/bin/PXSignatureCoreV10.so" || fail "upgrading lost the core"
+rm "$core"
+echo "suite's core" >"$core"
+rpm_there --upgrade --force "$rpm"
+rpm_there --erase pxviewcerttool
+expect "$core" "suite's core"
+rm -r "$root/usr/lib/orvane" "$root/home/tester"
+nothing_left

@@ -16,7 +16,7 @@ icons() {
 viewer() {
     printf '%s\n' ./bin/PXViewCertTool ./bin/PXViewCertTool-open \
         ./languages/PXViewCertTool_Lang.ini ./share/applications/PXViewCertTool.desktop \
-        ./share/man/man1/PXViewCertTool.1 \
+        ./share/man/{,zh_CN/,zh_TW/}man1/PXViewCertTool{,-open}.1 \
         ./share/metainfo/invalid.orvane.pxviewcerttool.metainfo.xml
     icons
 }
