@@ -36,11 +36,6 @@ static void initResources()
 
 namespace {
 
-QString text(const char *key)
-{
-    return displayText(QLatin1String(key));
-}
-
 QFrame *newLine(QWidget *window, const QRect &place)
 {
     auto *line = new QFrame(window);
@@ -143,10 +138,10 @@ void MainWindow::setUpLabels()
     ui->label_icon->setScaledContents(true);
     ui->label->setGeometry(placed(kIconLabel, m_scale));
     ui->label->setStyleSheet(textStyle(m_scale));
-    ui->label->setText(text("PXCERTREAD_0068"));
+    ui->label->setText(texts::shown(text_keys::kLabelCertificate));
     ui->label_2_notice->setGeometry(placed(kNotice, m_scale));
     ui->label_2_notice->setStyleSheet(textStyle(m_scale));
-    ui->label_2_notice->setText(text("PXCERTREAD_0069"));
+    ui->label_2_notice->setText(texts::shown(text_keys::kLabelShow));
 }
 
 void MainWindow::setUpTitleStrip()
@@ -161,8 +156,8 @@ void MainWindow::setUpTabs()
 {
     ui->tabWidget->setStyleSheet(tabsStyle(m_scale));
     ui->tabWidget->setGeometry(placed(kTabs, m_scale));
-    ui->tabWidget->setTabText(0, text("PXCERTREAD_0066"));
-    ui->tabWidget->setTabText(1, text("PXCERTREAD_0067"));
+    ui->tabWidget->setTabText(0, texts::shown(text_keys::kTabGeneral));
+    ui->tabWidget->setTabText(1, texts::shown(text_keys::kTabDetails));
 }
 
 void MainWindow::setUpTable()
@@ -174,7 +169,8 @@ void MainWindow::setUpTable()
     table->setGeometry(placed(kTable, m_scale));
     header->setDefaultAlignment(Qt::AlignLeft);
     header->setHighlightSections(false);
-    table->setHorizontalHeaderLabels({text("PXCERTREAD_0001"), text("PXCERTREAD_0002")});
+    table->setHorizontalHeaderLabels(
+        {texts::shown(text_keys::kColumnField), texts::shown(text_keys::kColumnValue)});
     table->setColumnWidth(0, table->width() / 5 * 2);
     header->setStretchLastSection(true);
     table->setShowGrid(false);
@@ -207,16 +203,16 @@ void MainWindow::setUpButtons()
     palette.setBrush(QPalette::All, QPalette::WindowText, QBrush(QColor(255, 255, 255, 255)));
     m_titleCaption->setPalette(palette);
     m_titleCaption->setObjectName(QStringLiteral("titileCaption")); // Deliberate: spelled so
-    m_titleCaption->setText(text("PXCERTREAD_0039"));
+    m_titleCaption->setText(texts::shown(text_keys::kWindowTitle));
 
     closeButton->setGeometry(placed(kCloseButton, m_scale, size()));
     bottomButton->setFixedHeight(scaled(kButtonHeight, m_scale));
     bottomButton->setGeometry(placed(kBottomButton, m_scale, size()));
     font.setPixelSize(scaled(kButtonPixelSize, m_scale));
     bottomButton->setFont(font);
-    bottomButton->setText(text("PXCERTREAD_0041"));
+    bottomButton->setText(texts::shown(text_keys::kClose));
     m_titleCaption->setGeometry(placed(kCaption, m_scale, size()));
-    closeButton->setToolTip(text("PXCERTREAD_0041"));
+    closeButton->setToolTip(texts::shown(text_keys::kClose));
     closeButton->setCursor(Qt::PointingHandCursor);
     connect(closeButton, &QToolButton::clicked, this, &MainWindow::Exit);
     connect(bottomButton, &QPushButton::clicked, this, &MainWindow::Exit);
@@ -232,7 +228,7 @@ void MainWindow::setUpButtons()
     setTabOrder(ui->comboBox_selection, ui->tableWidget_detailinfo);
     setTabOrder(ui->tableWidget_detailinfo, ui->plainTextEdit_detail_2);
     setTabOrder(ui->plainTextEdit_detail_2, bottomButton);
-    closeButton->setAccessibleName(text("PXCERTREAD_0041"));
+    closeButton->setAccessibleName(texts::shown(text_keys::kClose));
     pressByEnter(closeButton);
     pressByEnter(bottomButton);
 }
@@ -264,8 +260,9 @@ void MainWindow::setUpSelector()
     QComboBox *selector = ui->comboBox_selection;
     selector->setView(new QListView(selector)); // the items' style applies to no other view
     selector->setGeometry(placed(kSelector, m_scale));
-    for (const char *key : {"PXCERTREAD_0011", "PXCERTREAD_0012", "PXCERTREAD_0013"})
-        selector->addItem(text(key));
+    for (const QLatin1String key :
+         {text_keys::kShowAll, text_keys::kShowBasicFields, text_keys::kShowExtensions})
+        selector->addItem(texts::shown(key));
     selector->setStyleSheet(selectorStyle(m_scale));
 }
 

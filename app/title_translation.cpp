@@ -1,6 +1,7 @@
 #include "app/title_translation.h"
 
 #include "util/c_language.h"
+#include "util/text_keys.h"
 
 #include <cstring>
 #include <QCoreApplication>
@@ -19,6 +20,6 @@ QString TitleTranslation::translate(const char *context, const char *sourceText,
         language->section() == QLatin1String("CN"))
         return {};
     QString title;
-    language->GetValue(QStringLiteral("PXCERTREAD_0039"), title);
+    language->GetValue(text_keys::kWindowTitle, title);
     return title; // an empty one leaves the form's
 }

@@ -94,7 +94,7 @@ private:
     bool readVersion(PXAsnBlock *tbs, int &next); ///< `next`: the index of the field after it
     bool readSerialNumber(PXAsnBlock *serialNumber);
     bool readSignatureAlgorithm(PXAsnBlock *signature);
-    bool readName(PXAsnBlock *name, const char *field, const char *rowKey,
+    bool readName(PXAsnBlock *name, const char *field, QLatin1String rowKey,
                   AttributeParser parseAttributeOf);
     bool readValidity(PXAsnBlock *validity);
     bool readPublicKey(PXAsnBlock *keyInfo);

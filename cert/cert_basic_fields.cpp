@@ -2,7 +2,8 @@
 
 #include "asn/pxasn.h"
 #include "cert/display_date.h"
-#include "util/c_language.h"
+#include "util/text_keys.h"
+#include "util/texts.h"
 
 #include <QDebug>
 
@@ -17,9 +18,9 @@ bool fail(const char *field)
 }
 
 // The object layer has looked the identifier up in the OID section already.
-QString nameOfIdentifier(PXAsnBlock *identifier)
+QString translatedName(PXAsnBlock *identifier)
 {
-    return c_language::GetLangPtr()->GetValue(identifier->toString());
+    return texts::raw(identifier->toString());
 }
 
 bool readTime(PXAsnBlock *block, QDateTime &time)
@@ -74,10 +75,10 @@ bool c_pxcert::parseTBSCertificate_basedata(PXAsnBlock *document)
     const bool complete = readSerialNumber(tbs->getChild(next, ASN_TAG_INTEGER)) &&
                           readSignatureAlgorithm(tbs->getChild(next + 1, ASN_TAG_SEQUENCE)) &&
                           readName(tbs->getChild(next + 2, ASN_TAG_SEQUENCE), "issuer",
-                                   "PXCERTREAD_0017", &c_pxcert::parseTBSIssuer) &&
+                                   text_keys::kIssuer, &c_pxcert::parseTBSIssuer) &&
                           readValidity(tbs->getChild(next + 3, ASN_TAG_SEQUENCE)) &&
                           readName(tbs->getChild(next + 4, ASN_TAG_SEQUENCE), "subject",
-                                   "PXCERTREAD_0020", &c_pxcert::parseTBSSubject) &&
+                                   text_keys::kSubject, &c_pxcert::parseTBSSubject) &&
                           readPublicKey(tbs->getChild(next + 5, ASN_TAG_SEQUENCE));
     if (complete)
         qDebug() << "[PXCertificate::parseTBSCertificate] end";
@@ -97,8 +98,7 @@ bool c_pxcert::readVersion(PXAsnBlock *tbs, int &next)
     if (!version)
         return fail("version2");
     m_version = version->toInt();
-    add_node(displayText(QStringLiteral("PXCERTREAD_0014")),
-             QStringLiteral("V%1").arg(m_version + 1));
+    add_node(texts::shown(text_keys::kVersion), QStringLiteral("V%1").arg(m_version + 1));
     next = 1;
     return true;
 }
@@ -109,7 +109,7 @@ bool c_pxcert::readSerialNumber(PXAsnBlock *serialNumber)
     if (!serialNumber)
         return fail("serialNumber");
     m_serialNumber = QString::fromLatin1(serialNumber->toByteArray().toHex());
-    add_node(displayText(QStringLiteral("PXCERTREAD_0015")), m_serialNumber);
+    add_node(texts::shown(text_keys::kSerialNumber), m_serialNumber);
     return true;
 }
 
@@ -121,14 +121,14 @@ bool c_pxcert::readSignatureAlgorithm(PXAsnBlock *signature)
     PXAsnBlock *algorithm = signature->getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!algorithm)
         return fail("signature2");
-    m_signatureAlgorithm = nameOfIdentifier(algorithm);
-    add_node(displayText(QStringLiteral("PXCERTREAD_0016")), m_signatureAlgorithm);
+    m_signatureAlgorithm = translatedName(algorithm);
+    add_node(texts::shown(text_keys::kSignatureAlgorithm), m_signatureAlgorithm);
     return true;
 }
 
 // Name ::= SEQUENCE OF SET OF AttributeTypeAndValue. Shown the other way round, so that the most
 // specific attribute comes first.
-bool c_pxcert::readName(PXAsnBlock *name, const char *field, const char *rowKey,
+bool c_pxcert::readName(PXAsnBlock *name, const char *field, QLatin1String rowKey,
                         AttributeParser parseAttributeOf)
 {
     if (!name)
@@ -151,8 +151,8 @@ bool c_pxcert::readName(PXAsnBlock *name, const char *field, const char *rowKey,
             values.prepend(value);
         }
     }
-    m_rows.push_back({displayText(QLatin1String(rowKey)), values.join(QLatin1Char(',')),
-                      lines.join(QString()), 0});
+    m_rows.push_back(
+        {texts::shown(rowKey), values.join(QLatin1Char(',')), lines.join(QString()), 0});
     return true;
 }
 
@@ -175,11 +175,11 @@ bool c_pxcert::parseAttribute(PXAsnBlock *attribute, QString &line, QString &val
     PXAsnBlock *type = attribute->getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!type)
         return fail("type");
-    const QString name = nameOfIdentifier(type);
+    const QString name = translatedName(type);
     PXAsnBlock *content = attribute->getChild(1, ASN_TAG_ANY);
     if (!content)
         return fail("value");
-    value = c_language::GetLangPtr()->GetValue(content->toString());
+    value = texts::raw(content->toString());
     line = name + QLatin1String("= ") + value;
     if (name == QLatin1String("CN"))
         commonName = value;
@@ -207,8 +207,8 @@ bool c_pxcert::readValidity(PXAsnBlock *validity)
         return fail("notAfterValue");
     m_notBefore = start;
     m_notAfter = end;
-    add_node(displayText(QStringLiteral("PXCERTREAD_0018")), display_date::shortText(m_notBefore));
-    add_node(displayText(QStringLiteral("PXCERTREAD_0019")), display_date::shortText(m_notAfter));
+    add_node(texts::shown(text_keys::kValidFrom), display_date::shortText(m_notBefore));
+    add_node(texts::shown(text_keys::kValidTo), display_date::shortText(m_notAfter));
     return true;
 }
 
@@ -241,11 +241,11 @@ bool c_pxcert::readPublicKey(PXAsnBlock *keyInfo)
     PXAsnBlock *identifier = algorithm->getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!identifier)
         return fail("subjectPublicKeyInfoAlgorithmOID1");
-    m_publicKeyAlgorithm = nameOfIdentifier(identifier);
+    m_publicKeyAlgorithm = translatedName(identifier);
     PXAsnBlock *curve = algorithm->getChildCount() > 1
                             ? algorithm->getChild(1, ASN_TAG_OBJECT_IDENTIFIER)
                             : nullptr;
-    m_publicKeyParameter = curve ? nameOfIdentifier(curve) : QString();
+    m_publicKeyParameter = curve ? translatedName(curve) : QString();
     PXAsnBlock *key = keyInfo->getChild(1, ASN_TAG_BIT_STRING);
     if (!key)
         return fail("subjectPublicKey");
@@ -256,9 +256,9 @@ bool c_pxcert::readPublicKey(PXAsnBlock *keyInfo)
     QByteArray hex = m_publicKey.toHex(' ').toUpper();
     if (!hex.isEmpty())
         hex += ' ';
-    m_rows.push_back({displayText(QStringLiteral("PXCERTREAD_0021")), m_publicKeyAlgorithm,
-                      QString::fromLatin1(hex), 0});
+    m_rows.push_back(
+        {texts::shown(text_keys::kPublicKey), m_publicKeyAlgorithm, QString::fromLatin1(hex), 0});
     if (!m_publicKeyParameter.isEmpty())
-        add_node(displayText(QStringLiteral("PXCERTREAD_0022")), m_publicKeyParameter);
+        add_node(texts::shown(text_keys::kPublicKeyParameters), m_publicKeyParameter);
     return true;
 }

@@ -1,20 +1,16 @@
 #include "cert/c_pxcert.h"
 
 #include "cert/display_date.h"
-#include "util/c_language.h"
+#include "util/text_keys.h"
+#include "util/texts.h"
 
 #include <QDebug>
 
 namespace {
 
-QString text(const char *key)
+QString headLine(QLatin1String key)
 {
-    return displayText(QLatin1String(key));
-}
-
-QString headLine(const char *key)
-{
-    return QStringLiteral(" %1").arg(text(key));
+    return QStringLiteral(" %1").arg(texts::shown(key));
 }
 
 QString dateOf(const QDateTime &time)
@@ -22,9 +18,9 @@ QString dateOf(const QDateTime &time)
     return display_date::shortText(time).section(QLatin1Char(' '), 0, 0);
 }
 
-QString nameLine(const char *key, const QString &commonName, const QString &organization)
+QString nameLine(QLatin1String key, const QString &commonName, const QString &organization)
 {
-    return QStringLiteral(" %1:   ").arg(text(key)) +
+    return QStringLiteral(" %1:   ").arg(texts::shown(key)) +
            (commonName.isEmpty() ? organization : commonName) + QLatin1String("\n\n");
 }
 
@@ -35,24 +31,27 @@ QString c_pxcert::statusBlock() const
     QString block;
     const bool isValid = isCertValid();
     if (!isValid || m_purposes.empty()) {
-        block = headLine(isValid ? "PXCERTREAD_0006" : "PXCERTREAD_0075");
+        block = headLine(isValid ? text_keys::kStatusValid : text_keys::kStatusNotValid);
         qDebug() << block;
     } else {
         block = QStringLiteral(" %1\n      -%2\n      -%3");
-        for (const char *key : {"PXCERTREAD_0003", "PXCERTREAD_0004", "PXCERTREAD_0005"})
-            block = block.arg(text(key));
+        for (const QLatin1String key :
+             {text_keys::kStatusPurposes, text_keys::kStatusProvesIdentity,
+              text_keys::kStatusSecuresCommunication})
+            block = block.arg(texts::shown(key));
         for (const QString &purpose : m_purposes)
             block += QLatin1String("\n      -") + purpose;
         block += QLatin1String("\n\n");
     }
-    return throughLocal8Bit(block);
+    return texts::throughLocal8Bit(block);
 }
 
 QString c_pxcert::identityBlock() const
 {
-    const QString block = nameLine("PXCERTREAD_0007", m_subjectCN, m_subjectO) +
-                          nameLine("PXCERTREAD_0008", m_issuerCN, m_issuerO) +
-                          headLine("PXCERTREAD_0009") + dateOf(m_notBefore) +
-                          headLine("PXCERTREAD_0010") + QLatin1String("   ") + dateOf(m_notAfter);
-    return throughLocal8Bit(block);
+    const QString block = nameLine(text_keys::kIdentityIssuedTo, m_subjectCN, m_subjectO) +
+                          nameLine(text_keys::kIdentityIssuedBy, m_issuerCN, m_issuerO) +
+                          headLine(text_keys::kIdentityValidFrom) + dateOf(m_notBefore) +
+                          headLine(text_keys::kIdentityValidTo) + QLatin1String("   ") +
+                          dateOf(m_notAfter);
+    return texts::throughLocal8Bit(block);
 }

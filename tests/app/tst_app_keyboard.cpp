@@ -12,6 +12,8 @@
 #include <QTabWidget>
 #include <QtTest>
 
+using texts::shown;
+
 namespace {
 
 // A window that has the focus, with thirty rows; rows 3 and 13 bear the same name.
@@ -667,19 +669,20 @@ void TestAppKeyboard::controlsHaveNames()
 {
     MainWindow window;
     const auto named = [&](const char *name) { return nameOf(child<QWidget>(window, name)); };
-    QCOMPARE(nameOf(closeButton(window)), shown("PXCERTREAD_0041"));
-    QCOMPARE(nameOf(bottomButton(window)), shown("PXCERTREAD_0041"));
-    QCOMPARE(named("qt_tabwidget_tabbar"), shown("PXCERTREAD_0066"));
-    QCOMPARE(named("plainTextEdit_normal"), shown("PXVIEW_0001"));
-    QCOMPARE(named("plainTextEdit_normal_2"), shown("PXVIEW_0002"));
+    QCOMPARE(nameOf(closeButton(window)), shown(text_keys::kClose));
+    QCOMPARE(nameOf(bottomButton(window)), shown(text_keys::kClose));
+    QCOMPARE(named("qt_tabwidget_tabbar"), shown(text_keys::kTabGeneral));
+    QCOMPARE(named("plainTextEdit_normal"), shown(text_keys::kSpokenStatus));
+    QCOMPARE(named("plainTextEdit_normal_2"), shown(text_keys::kSpokenIdentity));
     QCOMPARE(child<QComboBox>(window, "comboBox_selection")->accessibleName(),
              QStringLiteral("Show:"));
     QCOMPARE(labelOf(child<QWidget>(window, "comboBox_selection")), QStringLiteral("Show:"));
-    QCOMPARE(named("tableWidget_detailinfo"), shown("PXVIEW_0003"));
-    QCOMPARE(named("plainTextEdit_detail_2"), shown("PXVIEW_0004"));
+    QCOMPARE(named("tableWidget_detailinfo"), shown(text_keys::kSpokenFields));
+    QCOMPARE(named("plainTextEdit_detail_2"), shown(text_keys::kSpokenFullValue));
     QCOMPARE(nameOf(&window), window.windowTitle());
-    for (const char *key : {"PXVIEW_0001", "PXVIEW_0002", "PXVIEW_0003", "PXVIEW_0004"})
-        QVERIFY2(shown(key) != QLatin1String(key), key);
+    for (const QLatin1String key : {text_keys::kSpokenStatus, text_keys::kSpokenIdentity,
+                                    text_keys::kSpokenFields, text_keys::kSpokenFullValue})
+        QVERIFY2(shown(key) != key, key.latin1());
 }
 
 QTEST_MAIN(TestAppKeyboard)

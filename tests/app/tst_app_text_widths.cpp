@@ -15,6 +15,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+using texts::shown;
+
 namespace {
 
 const QString kSkinFont = QStringLiteral("Microsoft YaHei");
@@ -192,7 +194,7 @@ void TestAppTextWidths::tabs()
 {
     // The room that the style sheet's padding and margin leave of a tab's least width.
     const int room = 100 - 9 - 9 - 10;
-    for (const char *key : {"PXCERTREAD_0066", "PXCERTREAD_0067"})
+    for (const QLatin1String key : {text_keys::kTabGeneral, text_keys::kTabDetails})
         verifyFits(shown(key), metrics(15).horizontalAdvance(shown(key)), room);
 }
 
@@ -222,7 +224,7 @@ void TestAppTextWidths::columns()
     const int margin =
         table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, table) + 1;
     const int room = table->columnWidth(0) - 2 * margin;
-    for (const char *key : {"PXCERTREAD_0001", "PXCERTREAD_0002"})
+    for (const QLatin1String key : {text_keys::kColumnField, text_keys::kColumnValue})
         verifyFits(shown(key), metrics(13).horizontalAdvance(shown(key)), room);
 
     // Each name takes the height it needs, and no more; no word is wider than the column.
@@ -252,10 +254,11 @@ void TestAppTextWidths::summaryLines()
     box->ensurePolished();
     const int room = box->contentsRect().width() - 2 * qRound(box->document()->documentMargin());
     const QString indent = QStringLiteral("      -");
-    for (const QString &line :
-         {QStringLiteral(" ") + shown("PXCERTREAD_0003"), indent + shown("PXCERTREAD_0004"),
-          indent + shown("PXCERTREAD_0005"), QStringLiteral(" ") + shown("PXCERTREAD_0006"),
-          QStringLiteral(" ") + shown("PXCERTREAD_0075")})
+    for (const QString &line : {QStringLiteral(" ") + shown(text_keys::kStatusPurposes),
+                                indent + shown(text_keys::kStatusProvesIdentity),
+                                indent + shown(text_keys::kStatusSecuresCommunication),
+                                QStringLiteral(" ") + shown(text_keys::kStatusValid),
+                                QStringLiteral(" ") + shown(text_keys::kStatusNotValid)})
         verifyFits(line, box->fontMetrics().horizontalAdvance(line), room);
 }
 

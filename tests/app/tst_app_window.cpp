@@ -14,6 +14,8 @@
 #include <QScrollBar>
 #include <QtTest>
 
+using texts::shown;
+
 namespace {
 
 // The faces of the marked image: a colour for each region that the nine parts are cut from.
@@ -301,14 +303,14 @@ void TestAppWindow::buttonsAndCaption()
 {
     MainWindow window;
     QCOMPARE(closeButton(window)->geometry(), QRect(371, 17, 45, 29));
-    QCOMPARE(closeButton(window)->toolTip(), shown("PXCERTREAD_0041"));
+    QCOMPARE(closeButton(window)->toolTip(), shown(text_keys::kClose));
     QCOMPARE(closeButton(window)->cursor().shape(), Qt::PointingHandCursor);
 
     QPushButton *bottom = bottomButton(window);
     QCOMPARE(bottom->geometry(), QRect(304, 637, 92, 30));
     QCOMPARE(bottom->minimumHeight(), 30);
     QCOMPARE(bottom->maximumHeight(), 30);
-    QCOMPARE(bottom->text(), shown("PXCERTREAD_0041"));
+    QCOMPARE(bottom->text(), shown(text_keys::kClose));
     QCOMPARE(bottom->cursor().shape(), Qt::PointingHandCursor);
     QCOMPARE(bottom->font().pixelSize(), 14);
     QCOMPARE(bottom->font().family(), QStringLiteral("Microsoft YaHei"));
@@ -413,8 +415,8 @@ void TestAppWindow::table()
     QHeaderView *header = table->horizontalHeader();
     QCOMPARE(table->columnCount(), 2);
     QCOMPARE(table->rowCount(), 0);
-    QCOMPARE(table->horizontalHeaderItem(0)->text(), shown("PXCERTREAD_0001"));
-    QCOMPARE(table->horizontalHeaderItem(1)->text(), shown("PXCERTREAD_0002"));
+    QCOMPARE(table->horizontalHeaderItem(0)->text(), shown(text_keys::kColumnField));
+    QCOMPARE(table->horizontalHeaderItem(1)->text(), shown(text_keys::kColumnValue));
     QCOMPARE(table->columnWidth(0), 142);
     QCOMPARE(table->columnWidth(1), table->viewport()->width() - 142);
     QVERIFY(header->stretchLastSection());
@@ -437,7 +439,8 @@ void TestAppWindow::selector()
     QCOMPARE(selector->width(), 181);
     QCOMPARE(selector->count(), 3);
     QCOMPARE(selector->currentIndex(), 0);
-    const char *keys[] = {"PXCERTREAD_0011", "PXCERTREAD_0012", "PXCERTREAD_0013"};
+    const QLatin1String keys[] = {text_keys::kShowAll, text_keys::kShowBasicFields,
+                                  text_keys::kShowExtensions};
     for (int i = 0; i < 3; ++i) {
         QCOMPARE(selector->itemText(i), shown(keys[i]));
         QVERIFY(selector->itemIcon(i).isNull());
@@ -465,25 +468,25 @@ void TestAppWindow::boxes()
 void TestAppWindow::texts_data()
 {
     QTest::addColumn<QString>("actual");
-    QTest::addColumn<QByteArray>("key");
+    QTest::addColumn<QString>("key");
     MainWindow window;
     auto *tabs = child<QTabWidget>(window, "tabWidget");
-    const auto add = [](const QString &actual, const char *key) {
-        QTest::newRow(key) << actual << QByteArray(key);
+    const auto add = [](const QString &actual, QLatin1String key) {
+        QTest::newRow(key.latin1()) << actual << QString(key);
     };
-    add(child<QLabel>(window, "label")->text(), "PXCERTREAD_0068");
-    add(child<QLabel>(window, "label_2_notice")->text(), "PXCERTREAD_0069");
-    add(child<QLabel>(window, "titileCaption")->text(), "PXCERTREAD_0039");
-    add(tabs->tabText(0), "PXCERTREAD_0066");
-    add(tabs->tabText(1), "PXCERTREAD_0067");
+    add(child<QLabel>(window, "label")->text(), text_keys::kLabelCertificate);
+    add(child<QLabel>(window, "label_2_notice")->text(), text_keys::kLabelShow);
+    add(child<QLabel>(window, "titileCaption")->text(), text_keys::kWindowTitle);
+    add(tabs->tabText(0), text_keys::kTabGeneral);
+    add(tabs->tabText(1), text_keys::kTabDetails);
 }
 
 void TestAppWindow::texts()
 {
     QFETCH(QString, actual);
-    QFETCH(QByteArray, key);
-    QCOMPARE(actual, shown(key.constData()));
-    QVERIFY(actual != QString::fromLatin1(key));
+    QFETCH(QString, key);
+    QCOMPARE(actual, shown(key));
+    QVERIFY(actual != key);
 }
 
 void TestAppWindow::resources_data()

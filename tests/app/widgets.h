@@ -2,6 +2,8 @@
 
 #include "app/mainwindow.h"
 #include "util/c_language.h"
+#include "util/text_keys.h"
+#include "util/texts.h"
 
 #include <QPushButton>
 #include <QString>
@@ -25,12 +27,6 @@ inline QToolButton *closeButton(const QWidget &window)
 inline QPushButton *bottomButton(const QWidget &window)
 {
     return window.findChild<QPushButton *>(QString(), Qt::FindDirectChildrenOnly);
-}
-
-/// The text under a key, as it is shown.
-inline QString shown(const char *key)
-{
-    return displayText(QLatin1String(key));
 }
 
 inline detail_node row(const char *name, const char *value, const char *full, int kind)

@@ -2,6 +2,8 @@
 
 #include "cert/c_pxcert.h"
 #include "util/c_language.h"
+#include "util/text_keys.h"
+#include "util/texts.h"
 
 #include <QObject>
 #include <QPair>
@@ -26,16 +28,16 @@ struct Parsed
     }
 
     /// The first row whose name is the text under `key`; an empty one when there is none.
-    detail_node row(const char *key) const
+    detail_node row(const QString &key) const
     {
         for (const detail_node &row : rows) {
-            if (row.name == displayText(QLatin1String(key)))
+            if (row.name == texts::shown(key))
                 return row;
         }
         return {};
     }
 
-    bool hasRow(const char *key) const { return !row(key).name.isEmpty(); }
+    bool hasRow(const QString &key) const { return !row(key).name.isEmpty(); }
 };
 
 inline Parsed parse(const QByteArray &certificate)
@@ -45,10 +47,4 @@ inline Parsed parse(const QByteArray &certificate)
     parsed.listenTo(model);
     model.parse_cert(certificate);
     return parsed;
-}
-
-/// The text under a key, as it is shown.
-inline QString shown(const char *key)
-{
-    return displayText(QLatin1String(key));
 }

@@ -5,13 +5,14 @@
 #include <QtTest>
 
 using namespace der;
+using texts::shown;
 
 namespace {
 
-QString makeNode(const char *key, std::vector<QString> values)
+QString makeNode(const QString &key, std::vector<QString> values)
 {
     c_pxcert model(nullptr);
-    return model.make_certnode(c_language::GetLangPtr()->GetValue(QLatin1String(key)), values);
+    return model.make_certnode(texts::raw(key), values);
 }
 
 std::vector<QString> list(const QStringList &values)
@@ -89,12 +90,12 @@ private slots:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QStringList>("values");
         QTest::addColumn<QString>("text");
-        const auto row = [](const char *name, const char *key, const QStringList &values,
+        const auto row = [](const char *name, QLatin1String key, const QStringList &values,
                             const QString &text) {
-            QTest::newRow(name) << QString::fromLatin1(key) << values << text;
+            QTest::newRow(name) << QString(key) << values << text;
         };
 
-        const char *usage = "PXCERTREAD_0031";
+        const QLatin1String usage = text_keys::kKeyUsage;
         row("usage", usage, {"05 A0"}, "Digital Signature,Key Encipherment");
         row("usage, critical", usage, {"FF", "05 A0"}, "Digital Signature,Key Encipherment");
         row("usage, second octet", usage, {"07 00 80"}, "Decipher Only");
@@ -103,10 +104,11 @@ private slots:
         row("usage, nothing", usage, {}, "");
         row("usage, no hexadecimal text", usage, {"x y z"}, "");
 
-        row("Netscape", "PXCERTREAD_0032", {"06 C0"}, "SSL Server,SSL Client");
-        row("Netscape, critical", "PXCERTREAD_0032", {"FF", "00 05"}, "Object Signing CA,SSL CA");
+        row("Netscape", text_keys::kNetscapeCertificateType, {"06 C0"}, "SSL Server,SSL Client");
+        row("Netscape, critical", text_keys::kNetscapeCertificateType, {"FF", "00 05"},
+            "Object Signing CA,SSL CA");
 
-        const char *constraints = "PXCERTREAD_0030";
+        const QLatin1String constraints = text_keys::kBasicConstraints;
         row("constraints, nothing", constraints, {}, kEndEntity);
         row("constraints, empty", constraints, {""}, kEndEntity);
         row("constraints, 00", constraints, {"00"}, kEndEntity);
@@ -120,14 +122,14 @@ private slots:
         row("constraints, long length", constraints, {"FF", "FF", "00 80"},
             "Subject Type=CA\nPath Length Constraint=00 80\n");
 
-        const char *names = "PXCERTREAD_0028";
+        const QLatin1String names = text_keys::kSubjectAlternativeName;
         row("names", names, {"a b", "c"}, "DNS Name=ab\nDNS Name=c\n");
         row("names, critical", names, {"FF", "a"}, "DNS Name=FF\nDNS Name=a\n");
         row("names, every white space", names, {QString::fromUtf8("a\t\n\u00a0\u3000 b%1")},
             "DNS Name=ab%1\n");
         row("names, nothing", names, {}, "");
 
-        const char *access = "PXCERTREAD_0026";
+        const QLatin1String access = text_keys::kAuthorityInformationAccess;
         const QString first = "[1]Authority Info Access\n    Access Method=1.2.3\n"
                               "    Alternative Name:\n        URL=http://a%20b\n";
         row("access", access, {"1.2.3", "h t t p : / / a % 2 0 b"}, first);
@@ -141,7 +143,7 @@ private slots:
             "    Alternative Name:\n        URL=\n");
         row("access, nothing", access, {}, "");
 
-        const char *authority = "PXCERTREAD_0027";
+        const QLatin1String authority = text_keys::kAuthorityKeyIdentifier;
         row("authority", authority, {"AB CD"}, "KeyID=AB CD\n");
         row("authority, critical", authority, {"FF", "AB CD"}, "KeyID=AB CD\n");
         row("authority, nothing", authority, {}, "");
@@ -150,8 +152,10 @@ private slots:
         row("authority, serial", authority, {"AB", "01"}, issuer + "Certificate SerialNumber=01");
         row("authority, issuer", authority, {"AB", "CN", "N a m e", "O", "Org", "01 02 03"},
             issuer + "        CN=Name\n        O=Org\nCertificate SerialNumber=01 02 03");
-        row("authority, name that is a key", authority, {"AB", "PXCERTREAD_0039", "a b c", "01"},
-            issuer + "        " + shown("PXCERTREAD_0039") + "=abc\nCertificate SerialNumber=01");
+        row("authority, name that is a key", authority,
+            {"AB", text_keys::kWindowTitle, "a b c", "01"},
+            issuer + "        " + shown(text_keys::kWindowTitle) +
+                "=abc\nCertificate SerialNumber=01");
         row("authority, serial as characters", authority,
             {"AB", QString::fromLatin1("a b \x01 \xff")},
             issuer + "Certificate SerialNumber=61 62 01 FF");
@@ -164,17 +168,17 @@ private slots:
         row("authority, blanks elsewhere stay", authority, {"AB", "CN", "ab cd", "01"},
             issuer + "        CN=ab cd\nCertificate SerialNumber=01");
 
-        row("generic", "no such name", {"one", "", "PXCERTREAD_0039"},
-            "one\n\n" + shown("PXCERTREAD_0039") + "\n");
-        row("generic, nothing", "no such name", {}, "");
-        row("policies by values", "PXCERTREAD_0025", {"one"}, "one\n");
-        row("points by values", "PXCERTREAD_0024", {"one"}, "one\n");
+        row("generic", QLatin1String("no such name"), {"one", "", text_keys::kWindowTitle},
+            "one\n\n" + shown(text_keys::kWindowTitle) + "\n");
+        row("generic, nothing", QLatin1String("no such name"), {}, "");
+        row("policies by values", text_keys::kCertificatePolicies, {"one"}, "one\n");
+        row("points by values", text_keys::kCrlDistributionPoints, {"one"}, "one\n");
     }
     void node()
     {
         QFETCH(QString, key);
         QFETCH(QStringList, values);
-        QTEST(makeNode(key.toLatin1().constData(), list(values)), "text");
+        QTEST(makeNode(key, list(values)), "text");
     }
 
     void groups_data()
@@ -213,10 +217,10 @@ private slots:
             << "[1]CRL Distribution Point\n    Distribution Point Name:\n        Full Name:\nURL=\n"
                "[2]CRL Distribution Point\n    Distribution Point Name:\n        Full Name:\nURL=b";
         QTest::newRow("looked up and trimmed")
-            << Items{{"PXCERTREAD_0039", -1}}
-            << "[1]Certificate Policy:\n    Policy Identifier=" + shown("PXCERTREAD_0039")
+            << Items{{text_keys::kWindowTitle, -1}}
+            << "[1]Certificate Policy:\n    Policy Identifier=" + shown(text_keys::kWindowTitle)
             << "[1]CRL Distribution Point\n    Distribution Point Name:\n        Full Name:\nURL=" +
-                   shown("PXCERTREAD_0039");
+                   shown(text_keys::kWindowTitle);
     }
     void groups()
     {

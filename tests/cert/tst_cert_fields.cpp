@@ -43,7 +43,7 @@ private slots:
         Certificate certificate;
         certificate.issuer = sequence(
             {set({attribute(kCommonName, tlv(0x1E, QByteArray::fromHex("0041D83DDD12")))})});
-        const QString value = parse(certificate.encoded()).row("PXCERTREAD_0017").value;
+        const QString value = parse(certificate.encoded()).row(text_keys::kIssuer).value;
         QVERIFY(value.size() > 1);
         QCOMPARE(value, QLatin1Char('A') + QString(value.size() - 1, QChar(0xFFFD)));
     }
@@ -55,7 +55,7 @@ private slots:
             sequence({set({attribute(kCommonName, tlv(0x0C, QByteArray("a\0b", 3)))})});
         const Parsed parsed = parse(certificate.encoded());
         const QString name = QString::fromLatin1("a\0b", 3);
-        QCOMPARE(parsed.row("PXCERTREAD_0020").value, name);
+        QCOMPARE(parsed.row(text_keys::kSubject).value, name);
         QVERIFY(parsed.blocks.at(1).first.contains(name));
     }
 
@@ -92,7 +92,7 @@ private slots:
         QLocale::setDefault(QLocale(QLocale::German));
         const Parsed parsed = parse(Certificate().encoded());
         QLocale::setDefault(before);
-        QCOMPARE(parsed.row("PXCERTREAD_0018").value,
+        QCOMPARE(parsed.row(text_keys::kValidFrom).value,
                  shortText(QStringLiteral("2020-01-01T08:00:00Z")));
     }
 

@@ -151,7 +151,7 @@ private slots:
         bool loaded = false;
         const Parsed parsed = load("/dev/fd/" + QByteArray::number(ends[0]), &loaded);
         QVERIFY(loaded);
-        QCOMPARE(parsed.row("PXCERTREAD_0015").value, QStringLiteral("1111"));
+        QCOMPARE(parsed.row(text_keys::kSerialNumber).value, QStringLiteral("1111"));
         ::close(ends[0]);
         QCOMPARE(::waitpid(writer, nullptr, 0), writer);
     }
@@ -176,7 +176,7 @@ private slots:
         bool loaded = false;
         const Parsed parsed = load(place, &loaded);
         QTEST(loaded, "accepted");
-        QCOMPARE(parsed.row("PXCERTREAD_0015").value, QLatin1String(loaded ? "1111" : ""));
+        QCOMPARE(parsed.row(text_keys::kSerialNumber).value, QLatin1String(loaded ? "1111" : ""));
     }
 
     void largeExtensionIsWhole()

@@ -9,6 +9,7 @@
 #endif
 
 using namespace der;
+using texts::shown;
 
 namespace {
 
@@ -46,12 +47,12 @@ QString statusOf(const Parsed &parsed)
 
 QString validStatus()
 {
-    return QStringLiteral(" ") + shown("PXCERTREAD_0006");
+    return QStringLiteral(" ") + shown(text_keys::kStatusValid);
 }
 
 QString invalidStatus()
 {
-    return QStringLiteral(" ") + shown("PXCERTREAD_0075");
+    return QStringLiteral(" ") + shown(text_keys::kStatusNotValid);
 }
 
 } // namespace
@@ -155,7 +156,7 @@ private slots:
         const Parsed parsed = parse(certificate.encoded());
         QTextCodec::setCodecForLocale(before);
         QVERIFY(parsed.blocks.at(1).first.contains(QStringLiteral(":   ?é\n\n")));
-        QCOMPARE(parsed.row("PXCERTREAD_0020").value, QStringLiteral("证é"));
+        QCOMPARE(parsed.row(text_keys::kSubject).value, QStringLiteral("证é"));
 #endif
     }
 };
