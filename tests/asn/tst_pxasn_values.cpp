@@ -3,6 +3,7 @@
 
 #include "asn/pxasn.h"
 #include "core/px_core_manager.h"
+#include "util/text_keys.h"
 
 #include <QtTest>
 
@@ -59,7 +60,7 @@ private slots:
                             const QString &text) { QTest::newRow(name) << tag << content << text; };
         const auto hex = [](const char *digits) { return QByteArray::fromHex(digits); };
         row("OBJECT IDENTIFIER with a name", 0x06, hex("550403"), QStringLiteral("CN"));
-        row("OBJECT IDENTIFIER of a key", 0x06, hex("551D0F"), QStringLiteral("PXCERTREAD_0031"));
+        row("OBJECT IDENTIFIER of a key", 0x06, hex("551D0F"), text_keys::kKeyUsage);
         row("unknown OBJECT IDENTIFIER", 0x06, hex(kUnknown), QLatin1String(kUnknownDotted));
         row("OBJECT IDENTIFIER of one octet", 0x06, hex("55"), {});
         row("empty OBJECT IDENTIFIER", 0x06, {}, {});

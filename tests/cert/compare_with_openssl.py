@@ -6,6 +6,7 @@ python3-cryptography-vectors. No file is left out without a line below that says
 """
 
 import concurrent.futures
+import csv
 import datetime
 import json
 import os
@@ -51,6 +52,11 @@ KEY_USAGES = {
     "Encipher Only": (8, "Encipher Only"),
     "Decipher Only": (9, "Decipher Only"),
 }
+
+
+TEXTS = pathlib.Path(__file__).parents[2] / "languages" / "texts.tsv"
+with TEXTS.open(encoding="utf-8", newline="") as table:
+    TEXT_KEYS = {row["name"]: row["key"] for row in csv.DictReader(table, delimiter="\t", quoting=csv.QUOTE_NONE)}
 
 
 def run(*command, octets=None):
@@ -179,23 +185,23 @@ def compare(path, shown, reader, english):
     for row in shown["rows"]:
         rows.setdefault(row["name"], row)
 
-    def row(key, field="value"):
-        return rows.get(english[key], {}).get(field)
+    def row(name, field="value"):
+        return rows.get(english[TEXT_KEYS[name]], {}).get(field)
 
     def points():
-        version = row("PXCERTREAD_0014") or "V1"
+        version = row("Version") or "V1"
         yield "version", version, reader.version()
-        octets = bytes.fromhex(row("PXCERTREAD_0015") or "")
+        octets = bytes.fromhex(row("SerialNumber") or "")
         yield "serial number", int.from_bytes(octets, "big", signed=True), reader.serial_number()
-        yield "issuer", row("PXCERTREAD_0017"), reader.name("issuer")
-        yield "not before", row("PXCERTREAD_0018"), reader.date("notBefore")
-        yield "not after", row("PXCERTREAD_0019"), reader.date("notAfter")
-        yield "subject", row("PXCERTREAD_0020"), reader.name("subject")
-        yield "key octets", "00 " + row("PXCERTREAD_0021", "full"), reader.key().hex(" ").upper() + " "
+        yield "issuer", row("Issuer"), reader.name("issuer")
+        yield "not before", row("ValidFrom"), reader.date("notBefore")
+        yield "not after", row("ValidTo"), reader.date("notAfter")
+        yield "subject", row("Subject"), reader.name("subject")
+        yield "key octets", "00 " + row("PublicKey", "full"), reader.key().hex(" ").upper() + " "
         extensions = [r["name"] for r in shown["rows"] if r["kind"] == 1]
         yield "extensions", extensions, reader.extension_names()
-        yield "key usage", row("PXCERTREAD_0031"), reader.key_usage()
-        yield "basic constraints", row("PXCERTREAD_0030"), reader.basic_constraints()
+        yield "key usage", row("KeyUsage"), reader.key_usage()
+        yield "basic constraints", row("BasicConstraints"), reader.basic_constraints()
 
     for point, ours, theirs in points():
         if ours != theirs:

@@ -2,6 +2,7 @@
 // of each key as it is shown.
 
 #include "util/c_language.h"
+#include "util/texts.h"
 
 #include <cstdio>
 #include <QCoreApplication>
@@ -24,6 +25,6 @@ int main(int argc, char **argv)
     say(language->languageFilePath(QStringLiteral("any.ini")));
     const QStringList keys = QCoreApplication::arguments().mid(1);
     for (const QString &key : keys)
-        say(displayText(key));
+        say(texts::shown(key));
     return 0;
 }

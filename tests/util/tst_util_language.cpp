@@ -2,11 +2,9 @@
 #include "tests/support/message_recorder.h"
 #include "util/c_language.h"
 #include "util/c_util.h"
+#include "util/text_keys.h"
 
 #include <QTest>
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-#include <QTextCodec>
-#endif
 
 namespace {
 
@@ -54,14 +52,12 @@ private slots:
     void lookupsFollowTheFile();
     void missingLanguageFile();
     void keyValueOfAFile();
-    void textsAreShownThroughTheLocale();
 
     void shippedConfigurations_data();
     void shippedConfigurations();
     void withoutCore();
     void withCore_data();
     void withCore();
-    void inALocaleThatHoldsLittle();
 
 private:
     // A table whose suite's configuration is `content`.
@@ -277,7 +273,7 @@ void TestUtilLanguage::fileName()
 {
     // No name yet: the directory itself is no language file.
     c_language language = table(configuration("ENG_"));
-    QCOMPARE(language.GetValue(text("PXCERTREAD_0001")), text("PXCERTREAD_0001"));
+    QCOMPARE(language.GetValue(text_keys::kColumnField), text_keys::kColumnField);
     QVERIFY(m_tree->write("languages/other.ini", "[EN]\nK=other\n"));
     QVERIFY(m_tree->write("languages/plain", "[EN]\nK=plain\n"));
     language.LANG_SetFileName(named("languages/other.ini"));
@@ -292,9 +288,9 @@ void TestUtilLanguage::fileName()
         language.LANG_SetFileName(named("languages/other"));
         language.LANG_SetFileName(name);
         QString value;
-        c_util().GetKeyValue(kLanguageFile, text("EN"), text("PXCERTREAD_0001"), value);
+        c_util().GetKeyValue(kLanguageFile, text("EN"), text_keys::kColumnField, value);
         QVERIFY(!value.isEmpty());
-        QCOMPARE(language.GetValue(text("PXCERTREAD_0001")), value);
+        QCOMPARE(language.GetValue(text_keys::kColumnField), value);
     }
 }
 
@@ -338,7 +334,7 @@ void TestUtilLanguage::missingLanguageFile()
     c_language language = table(configuration("ENG_"));
     language.LANG_SetFileName(text("missing.ini"));
     const MessageRecorder recorder;
-    QCOMPARE(language.GetValue(text("PXCERTREAD_0042")), text("PXCERTREAD_0042"));
+    QCOMPARE(language.GetValue(text("no such key")), text("no such key"));
     QVERIFY(MessageRecorder::messages().isEmpty()); // nothing is logged
 }
 
@@ -358,19 +354,6 @@ void TestUtilLanguage::keyValueOfAFile()
     value = text("preset");
     QVERIFY(!util.GetKeyValue("missing.ini", text("OID"), text("2.5.4.3"), value));
     QVERIFY(value.isEmpty());
-}
-
-void TestUtilLanguage::textsAreShownThroughTheLocale()
-{
-    // This locale holds everything.
-    for (const char *shown : {"", "plain", "證書", "\xF0\x9F\x94\x92"})
-        QCOMPARE(throughLocal8Bit(text(shown)), text(shown));
-    const QString withNul = QString::fromUtf8("a\0b", 3);
-    QCOMPARE(throughLocal8Bit(withNul), withNul);
-    c_language::GetLangPtr()->LANG_SetFileName(QString());
-    QCOMPARE(displayText(text("PXCERTREAD_0001")),
-             c_language::GetLangPtr()->GetValue(text("PXCERTREAD_0001")));
-    QCOMPARE(displayText(text("no such key")), text("no such key"));
 }
 
 void TestUtilLanguage::shippedConfigurations_data()
@@ -431,21 +414,6 @@ void TestUtilLanguage::withCore()
     const QByteArray path = m_tree->path().toUtf8();
     QCOMPARE(outcome.output,
              "Path = " + path + " \n" + QByteArray(shown).insert(3, path + "/languages/any.ini\n"));
-}
-
-void TestUtilLanguage::inALocaleThatHoldsLittle()
-{
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    QTextCodec *before = QTextCodec::codecForLocale();
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("Big5"));
-    const QString held = throughLocal8Bit(text("a證書b"));
-    const QString lost = throughLocal8Bit(text("a证b"));
-    QTextCodec::setCodecForLocale(before);
-    QCOMPARE(held, text("a證書b"));
-    QCOMPARE(lost, text("a?b"));
-#else
-    QCOMPARE(throughLocal8Bit(text("a证b")), text("a证b")); // no locale holds little any more
-#endif
 }
 
 QTEST_GUILESS_MAIN(TestUtilLanguage)
