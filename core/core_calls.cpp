@@ -1,6 +1,6 @@
 #include "core/core_calls.h"
 
-#include "core/px_core_manager.h"
+#include "core/core_loader.h"
 
 namespace core_calls {
 namespace {
@@ -42,7 +42,7 @@ void logError(const QString &text)
     callCoreForEffect("logError", text);
 }
 
-qint64 createComponentObject(const QString &progId, const QString &classId)
+qint64 componentAddress(const QString &progId, const QString &classId)
 {
     return callCore("createComponentObject", qint64(0), progId, classId);
 }

@@ -1,33 +1,18 @@
 #include "core/px_core_manager.h"
 
 #include "core/core_calls.h"
+#include "core/core_loader.h"
 
 #include <cstdio>
 #include <filesystem>
 #include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
-#include <QLibrary>
 #include <system_error>
 
 namespace {
 
-using InitFunction = void (*)();
-using UninitFunction = void (*)();
-using GetSignatureCoreFunction = int (*)(QObject **core);
-
 PXCoreManager *g_coremanager = nullptr;
-QLibrary *_coreLib = nullptr;
-UninitFunction _PX_Uninit = nullptr;
-PXSignatureCoreAgent *s_coreagent = nullptr;
-
-template <typename Agent>
-Agent *createAgent(QObject *target)
-{
-    auto *agent = new Agent(target);
-    agent->setObjectName(QStringLiteral("Agent"));
-    return agent;
-}
 
 } // namespace
 
@@ -64,7 +49,8 @@ PXSignatureManagerAgent *PXCoreManager::GetSignatureManager()
         createComponentObject(QStringLiteral("PXSIGNATUREMANAGER.PXSignatureManager.1"), classId);
     if (!component)
         std::printf("createComponentObject = %s  fail", classId.toUtf8().constData());
-    m_signatureManager = createAgent<PXSignatureManagerAgent>(component);
+    m_signatureManager = new PXSignatureManagerAgent(component);
+    m_signatureManager->setObjectName(QStringLiteral("Agent"));
     return m_signatureManager;
 }
 
@@ -87,62 +73,11 @@ PXCoreManager *GetCoreManager()
     return g_coremanager;
 }
 
-bool qtcall_init()
-{
-    if (_coreLib)
-        return true;
-
-    _coreLib = new QLibrary(QDir::currentPath() + QLatin1String("/bin/PXSignatureCoreV10"));
-    if (!_coreLib->load()) {
-        delete _coreLib;
-        _coreLib = nullptr;
-        return false;
-    }
-
-    const auto init = reinterpret_cast<InitFunction>(_coreLib->resolve("PX_Init"));
-    _PX_Uninit = reinterpret_cast<UninitFunction>(_coreLib->resolve("PX_Uninit"));
-    const auto getCore =
-        reinterpret_cast<GetSignatureCoreFunction>(_coreLib->resolve("PX_GetSignatureCore"));
-    if (init && _PX_Uninit && getCore) {
-        init();
-        QObject *core = nullptr;
-        if (getCore(&core) == 0 && core) {
-            s_coreagent = createAgent<PXSignatureCoreAgent>(core);
-            return true;
-        }
-    } else {
-        // Nothing of it has run yet. Once "PX_Init" was called it may have left threads or exit
-        // handlers behind, so from then on its code stays mapped.
-        _coreLib->unload();
-    }
-
-    delete _coreLib;
-    _coreLib = nullptr;
-    _PX_Uninit = nullptr;
-    s_coreagent = nullptr;
-    return false;
-}
-
-void qtcall_destroy()
-{
-    delete s_coreagent;
-    s_coreagent = nullptr;
-    // "PX_Uninit" is deliberately not called: the core is never told to shut down.
-    _PX_Uninit = nullptr;
-    delete _coreLib;
-    _coreLib = nullptr;
-}
-
-PXSignatureCoreAgent *getSignatureCore()
-{
-    return s_coreagent;
-}
-
 QObject *createComponentObject(const QString &progId, const QString &classId)
 {
     // The core's method gives the address as a number.
     return reinterpret_cast<QObject *>( // NOLINT(performance-no-int-to-ptr)
-        static_cast<quintptr>(core_calls::createComponentObject(progId, classId)));
+        static_cast<quintptr>(core_calls::componentAddress(progId, classId)));
 }
 
 QByteArray startDirectory()

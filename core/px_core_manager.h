@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/q_dispatch.h"
+#include "core/core_loader.h"
 
 #include <QByteArray>
 #include <QString>
@@ -15,7 +15,8 @@ public:
     /// Takes the canonical parent of the executable's directory as install path, changes the
     /// working directory to it, prints it and calls `qtcall_init()`. Needs an application object.
     PXCoreManager();
-    /// Calls `qtcall_destroy()`. The signature-manager agent goes with the manager.
+    /// Calls `qtcall_destroy()`: the core agent and the signature-manager agent go with the
+    /// manager.
     ~PXCoreManager();
 
     PXCoreManager(const PXCoreManager &) = delete;
@@ -28,30 +29,21 @@ public:
     /// Never null; without a component it has no target and its calls do nothing.
     PXSignatureManagerAgent *GetSignatureManager();
 
-    /// Hands "[Debug:51]" or "[Error:56]" and the message to the core's log; nothing without one.
+    /// Hands "[Debug:51]" or "[Error:56]" and the message to the core's log; nothing without a
+    /// core.
     void Debug(const QString &message);
     void Error(const QString &message);
 
 private:
     QString m_installPath;
-    PXSignatureManagerAgent *m_signatureManager = nullptr;
+    PXSignatureManagerAgent *m_signatureManager = nullptr; // owned
 };
 
 /// The single manager, constructed by the first call and kept until the process ends. Never null.
 PXCoreManager *GetCoreManager();
 
-/// Loads "bin/PXSignatureCoreV10" below the working directory and wraps its core object in an
-/// agent. True when the core agent exists; a call after a successful one loads nothing again.
-bool qtcall_init();
-
-/// Deletes the agent and the library handle. The library stays mapped and "PX_Uninit" is not
-/// called: the core's objects may still be in use elsewhere in the process.
-void qtcall_destroy();
-
-/// The core agent, or null when no core is loaded. Owned by the loader.
-PXSignatureCoreAgent *getSignatureCore();
-
-/// A component made by the core, owned by the core; null without a core or when it knows none.
+/// A component made by the core and owned by it; null without a core or when it knows none. How
+/// long it lives is the core's affair.
 QObject *createComponentObject(const QString &progId, const QString &classId);
 
 /// Where the process was started from: the working directory before the first change of it, in the

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """check_layers.py [TREE]: reads the includes and fails on an arrow against the layers.
 
-Also fails when a source file is compiled a second time from elsewhere, by including it.
+Also fails when files need each other, within a folder too, and when a source file is compiled a
+second time from elsewhere, by including it.
 """
 
 import pathlib
@@ -29,7 +30,40 @@ def sources(tree, folder):
         yield from sorted((tree / folder).rglob(pattern))
 
 
+def needs(tree):
+    """What each file includes of the tree. A header and the source of its name count as one."""
+    result = {}
+    for folder in [*LAYERS, *USERS]:
+        for source in sources(tree, folder):
+            unit = source.relative_to(tree).with_suffix("")
+            for included in INCLUDE.findall(source.read_text(encoding="utf-8")):
+                beside = source.parent / included
+                path = beside.relative_to(tree) if beside.exists() else pathlib.Path(included)
+                result.setdefault(unit, set()).add(path.with_suffix(""))
+            result.get(unit, set()).discard(unit)
+    return result
+
+
+def circles(tree):
+    """The roads that lead from a file back to itself."""
+    graph = needs(tree)
+    done = set()
+
+    def walk(unit, road):
+        if unit in road:
+            yield [*road[road.index(unit):], unit]
+        elif unit not in done:
+            for needed in sorted(graph.get(unit, ())):
+                yield from walk(needed, [*road, unit])
+            done.add(unit)
+
+    for unit in sorted(graph):
+        yield from walk(unit, [])
+
+
 def complaints(tree):
+    for circle in circles(tree):
+        yield "files that need each other: " + " -> ".join(map(str, circle))
     for folder in [*LAYERS, *USERS]:
         below = LAYERS.get(folder, [f for f in LAYERS if f != "signaturecore"])
         for source in sources(tree, folder):

@@ -2,11 +2,8 @@
 
 #include "core/core_calls.h"
 #include "core/px_core_manager.h"
-#include "util/c_util.h"
+#include "util/client_config.h"
 #include "util/ini_table.h"
-
-#include <QDebug>
-#include <QFile>
 
 namespace {
 
@@ -59,15 +56,7 @@ void c_language::LANG_SetFileName(const QString &name)
 
 void c_language::LANG_SetLang()
 {
-    const QString path = m_configPath + QLatin1String("/settings/PXClientConfig.dll");
-    qDebug() << path;
-    c_util util;
-    QByteArray xml;
-    if (util.readfile(QFile::encodeName(path).constData(), xml))
-        qDebug() << path << "read succ";
-    QString code;
-    util.GetCurLang(xml.constData(), code);
-    m_section = sectionOfCode(code);
+    m_section = sectionOfCode(client_config::readLanguageCode(m_configPath));
 }
 
 bool c_language::GetValue(const QString &key, QString &value) const

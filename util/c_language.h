@@ -6,18 +6,21 @@
 /// section for each language (CN, TW, EN) and one that names object identifiers (OID).
 ///
 /// Which language is the choice made for the whole suite in its client configuration; this class
-/// only reads it. GUI thread only.
+/// only reads it. The ways to a text for all who show one are in util/texts.h. GUI thread only.
 class c_language
 {
 public:
     /// The language file's name, unless it is set.
     static constexpr const char *kDefaultFileName = "PXViewCertTool_Lang.ini";
 
-    /// The single table, created by the first call and kept until the process ends. Never null.
+    /// The single table, created by the first call and kept until the process ends: never null,
+    /// and not to be deleted. It has no file name yet, so its look-ups find nothing before
+    /// `LANG_SetFileName`.
     static c_language *GetLangPtr();
 
-    /// Asks the core for the configuration and install paths (both stay empty without a core) and
-    /// chooses the language.
+    /// Makes sure that the core manager exists, asks the core for the configuration and install
+    /// paths (both stay empty without a core, and stay as they are from then on) and chooses the
+    /// language.
     c_language();
 
     /// The language file's name; an empty one stands for `kDefaultFileName`.
@@ -26,8 +29,9 @@ public:
     /// Reads the client configuration again and chooses the section: "CN" unless it names another.
     void LANG_SetLang();
 
-    /// The text under `key` in the section in force. True when it is not empty; a missing key
-    /// leaves `value` empty.
+    /// The text under `key` in the section in force. True when it is not empty; a missing key, or
+    /// a missing file, leaves `value` empty. An edit of the file is seen; costs as
+    /// `ini_table::lookup`.
     bool GetValue(const QString &key, QString &value) const;
 
     /// The text under `key`, or the key itself when it has none.
@@ -36,7 +40,7 @@ public:
     /// The section in force: "CN", "TW" or "EN".
     QString section() const;
 
-    /// Where a language file of this name lies.
+    /// Where a language file of this name lies, whether or not there is one.
     QString languageFilePath(const QString &fileName) const;
 
 private:

@@ -3,7 +3,9 @@
 #include <unistd.h>
 #include <utility>
 
-/// Owns an open file descriptor; negative stands for none.
+/// Owns an open file descriptor and closes it at the end; negative stands for none. Moved from, it
+/// holds none, or, by assignment, what the other held. Converts for borrowing: the number is good
+/// while the owner lives.
 class FileDescriptor
 {
 public:

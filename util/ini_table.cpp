@@ -1,6 +1,6 @@
 #include "util/ini_table.h"
 
-#include "util/c_util.h"
+#include "util/file_reader.h"
 #include "util/qt_compat.h"
 
 #include <ctime>
@@ -96,7 +96,7 @@ const Texts &textsOf(const QByteArray &path)
     // Asked before the file is read: what changes after that may carry the same times.
     const bool settled = isSettled(identity);
     QByteArray content;
-    c_util().readfile(path.constData(), content);
+    file_reader::readWhole(path.constData(), content);
     file = {path, identity, settled, parse(path, content)};
     return file.texts;
 }

@@ -1,5 +1,6 @@
 #include "tests/support/ordinary_user.h"
 #include "util/c_util.h"
+#include "util/file_reader.h"
 
 #include <array>
 #include <atomic>
@@ -338,7 +339,7 @@ void TestUtilFiles::readsProcFiles()
 
 void TestUtilFiles::sizeLimit()
 {
-    QCOMPARE(c_util::kMaxFileSize, k64MiB);
+    QCOMPARE(file_reader::kMaxFileSize, k64MiB);
     const QByteArray file = make("file", QByteArray());
     QByteArray content;
     QCOMPARE(::truncate(file.constData(), k64MiB), 0);
