@@ -2,8 +2,6 @@
 #include "tests/support/case_file.h"
 #include "tests/support/message_recorder.h"
 
-#include "util/c_util.h"
-
 #include <QFile>
 #include <QRegularExpression>
 #include <QtTest>
@@ -21,9 +19,7 @@ private:
     // The language file's name of an identifier, by way of both its sections.
     static QString nameOf(const QString &identifier)
     {
-        QString key;
-        c_util().GetKeyValue("PXViewCertTool_Lang.ini", QStringLiteral("OID"), identifier, key);
-        return c_language::GetLangPtr()->GetValue(key);
+        return texts::raw(texts::nameOfIdentifier(identifier));
     }
 
     // The date and time, or the date alone, that stands in braces, as the system's locale writes
@@ -153,28 +149,22 @@ private slots:
     {
         QTest::addColumn<QString>("identifier");
         QTest::addColumn<QString>("key");
-        QTest::newRow("policies") << "2.5.29.32"
-                                  << "PXCERTREAD_0025";
-        QTest::newRow("points") << "2.5.29.31"
-                                << "PXCERTREAD_0024";
+        QTest::newRow("policies") << "2.5.29.32" << QString(text_keys::kCertificatePolicies);
+        QTest::newRow("points") << "2.5.29.31" << QString(text_keys::kCrlDistributionPoints);
         QTest::newRow("access") << "1.3.6.1.5.5.7.1.1"
-                                << "PXCERTREAD_0026";
-        QTest::newRow("usage") << "2.5.29.15"
-                               << "PXCERTREAD_0031";
+                                << QString(text_keys::kAuthorityInformationAccess);
+        QTest::newRow("usage") << "2.5.29.15" << QString(text_keys::kKeyUsage);
         QTest::newRow("Netscape") << "2.16.840.1.113730.1.1"
-                                  << "PXCERTREAD_0032";
-        QTest::newRow("constraints") << "2.5.29.19"
-                                     << "PXCERTREAD_0030";
-        QTest::newRow("names") << "2.5.29.17"
-                               << "PXCERTREAD_0028";
-        QTest::newRow("authority") << "2.5.29.35"
-                                   << "PXCERTREAD_0027";
+                                  << QString(text_keys::kNetscapeCertificateType);
+        QTest::newRow("constraints") << "2.5.29.19" << QString(text_keys::kBasicConstraints);
+        QTest::newRow("names") << "2.5.29.17" << QString(text_keys::kSubjectAlternativeName);
+        QTest::newRow("authority") << "2.5.29.35" << QString(text_keys::kAuthorityKeyIdentifier);
     }
     void recognisedExtensionsHaveTheirNames()
     {
         QFETCH(QString, identifier);
         QFETCH(QString, key);
-        const QString name = c_language::GetLangPtr()->GetValue(key);
+        const QString name = texts::raw(key);
         QVERIFY(name != key);
         QCOMPARE(nameOf(identifier), name);
     }
