@@ -85,8 +85,8 @@ def add(section, key, value, pattern, encoding="ascii"):
 def read_texts():
     """The program's own texts, which have a name each and a key that no earlier row had.
 
-    A new text takes the number after the last. Gaps stay: the file of another release, or of
-    another program of the suite, may hold a text under such a number.
+    A new text takes the number after the last of PXVIEW. Those of PXCERTREAD are the suite's: its own
+    file may hold another text under a number that is free here.
     """
     rows = read_table("texts.tsv")
     last, names = {}, set()
