@@ -65,9 +65,9 @@ double luminance(const QColor &color)
            0.0722 * linear(color.blueF());
 }
 
-double contrastToWhite(const QColor &color)
+double contrast(const QColor &light, const QColor &dark)
 {
-    return 1.05 / (luminance(color) + 0.05);
+    return (luminance(light) + 0.05) / (luminance(dark) + 0.05);
 }
 
 QImage pictureOf(QWidget &widget)
@@ -89,6 +89,7 @@ private slots:
     void sheetStandsInsideATransparentBorder();
     void sheetIsUniformWhereItIsStretched();
     void whiteTextIsReadableOnTheStrip();
+    void sealStandsOutFromTheStrip();
     void arrowIsFoundWithoutItsSuffix();
 };
 
@@ -194,15 +195,29 @@ void TestArtworkImages::whiteTextIsReadableOnTheStrip()
 {
     const QImage image = resourceImage(":/img/res/bk_rose_gold_noborder.png");
     const int rounding = 8; // the corners' size, where nothing is written
+    const int caption = 65; // where it begins, right of the seal
     for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            const bool inCorner = y < rounding && (x < rounding || x >= image.width() - rounding);
+        for (int x = caption; x < image.width(); ++x) {
+            const bool inCorner = y < rounding && x >= image.width() - rounding;
             const QColor color = image.pixelColor(x, y);
             if (inCorner && color.alpha() < 255)
                 continue;
             QCOMPARE(color.alpha(), 255);
-            QVERIFY2(contrastToWhite(color) >= 4.5, qPrintable(color.name()));
+            QVERIFY2(contrast(Qt::white, color) >= 4.5, qPrintable(color.name()));
         }
+    }
+}
+
+void TestArtworkImages::sealStandsOutFromTheStrip()
+{
+    const QImage image = resourceImage(":/img/res/bk_rose_gold_noborder.png");
+    const QPoint middle(33, 19);
+    const int face = 10;    // from the middle, inside the seal's edge
+    const int outside = 15; // beyond it
+    for (const QPoint &side : {QPoint(-1, 0), QPoint(1, 0), QPoint(0, -1)}) {
+        const QColor seal = image.pixelColor(middle + face * side);
+        const QColor strip = image.pixelColor(middle + outside * side);
+        QVERIFY2(contrast(seal, strip) >= 3.0, qPrintable(seal.name() + strip.name()));
     }
 }
 
