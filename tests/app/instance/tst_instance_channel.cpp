@@ -61,7 +61,8 @@ FileDescriptor deafListener(const QString &path, int backlog)
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     qstrncpy(address.sun_path, path.toLocal8Bit().constData(), sizeof(address.sun_path));
-    if (::bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof(address)) != 0 ||
+    if (listener < 0 ||
+        ::bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof(address)) != 0 ||
         ::listen(listener, backlog) != 0)
         return {};
     return listener;
