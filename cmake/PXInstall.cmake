@@ -32,17 +32,17 @@ endforeach()
 install(FILES "${PROJECT_SOURCE_DIR}/app/img/icon/stamp.svg"
     DESTINATION share/icons/hicolor/scalable/apps RENAME PXViewCertTool.svg COMPONENT viewer)
 
-# px_install_unless_there(<folder> <file>): what a suite or a user put there stays.
-function(px_install_unless_there folder file)
-    install(CODE "px_install_unless_there(\"${folder}\" \"${file}\")" COMPONENT core)
-endfunction()
+# What a suite may bring itself, below the installed tree and the build tree alike: what lies there stays.
+set(px_suite_files
+    bin/PXSignatureCoreV10.so
+    settings/CN/settings/PXClientConfig.dll
+    settings/TW/settings/PXClientConfig.dll
+    settings/EN/settings/PXClientConfig.dll)
 
 # The viewer that loads the core has found the libraries already.
 set_target_properties(PXSignatureCoreV10 PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
 install(CODE "set(px_strip \"${CMAKE_STRIP}\")" COMPONENT core)
 install(SCRIPT "${px_packaging}/install_unless_there.cmake" COMPONENT core)
-px_install_unless_there(bin "$<TARGET_FILE:PXSignatureCoreV10>")
-foreach(section CN TW EN)
-    px_install_unless_there("settings/${section}/settings"
-        "${PROJECT_SOURCE_DIR}/settings/${section}/settings/PXClientConfig.dll")
+foreach(file IN LISTS px_suite_files)
+    install(CODE "px_install_unless_there(\"${PROJECT_BINARY_DIR}\" \"${file}\")" COMPONENT core)
 endforeach()

@@ -7,7 +7,7 @@ tree=$DPKG_ROOT/usr/lib/orvane
 cd "$tree/default"
 touch placed
 
-for file in bin/PXSignatureCoreV10.so settings/*/settings/PXClientConfig.dll; do
+for file in bin/* settings/*/settings/*; do
     [ -e "$tree/$file" ] || [ -h "$tree/$file" ] && continue
     mkdir -p "$tree/${file%/*}"
     cp "$file" "$tree/$file"
