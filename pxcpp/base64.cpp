@@ -144,9 +144,9 @@ unsigned char *PXBase64Decode(const char *text, std::uint64_t *length)
         return nullptr;
     }
     // Deliberate: the last group alone decides the length; padding elsewhere is not noticed.
-    if (size != 0 && GetTableIndex(text[size - 2]) == kPadding) {
+    if (size != 0 && GetTableIndex(text[size - 2]) == kPadding)
         decoded -= 2;
-    } else if (size != 0 && GetTableIndex(text[size - 1]) == kPadding)
+    else if (size != 0 && GetTableIndex(text[size - 1]) == kPadding)
         decoded -= 1;
     data[decoded] = 0; // bits that padding leaves over may stand there
     if (length)

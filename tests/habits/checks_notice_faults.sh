@@ -1,25 +1,22 @@
 #!/usr/bin/env bash
-# checks_notice_faults.sh BUILD: in a tree of its own that is in order every habit passes, and each one
-# fails on a fault of its kind. BUILD is a configured tree whose compiler flags serve.
+# checks_notice_faults.sh QT: in a small project that is in order every habit passes, and each one fails
+# on a fault of its kind.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/../.." && pwd)
 tree=$(realpath "$(mktemp -d)")
 trap 'rm -rf "$tree"' EXIT
-mkdir -p "$tree"/{tools,app,asn,cert,core,pxcpp,util,signaturecore,tests,build}
-cp "$top"/tools/check{,_layers.py} "$tree/tools"
-cp "$top"/{.clang-format,.clang-tidy,CMakeLists.txt} "$tree"
+mkdir -p "$tree"/{tools,app,asn,cert,core,pxcpp,util,signaturecore,tests}
+cp "$top"/tools/check{,_layers.py,_dialect.py} "$tree/tools"
+cp "$top"/{.clang-format,.clang-tidy} "$tree"
 export PX_BUILD_DIR=$tree/build
 
-# commands UNIT...: the units are compiled as the window's are.
-commands() {
-    python3 -c '
-import json, sys
-build, tree, *units = sys.argv[1:]
-entry = next(e for e in json.load(open(build)) if e["file"].endswith("/app/mainwindow.cpp"))
-print(json.dumps([{"directory": tree, "file": unit, "command": entry["command"].replace(entry["file"], unit)}
-                  for unit in (f"{tree}/{name}" for name in units)]))
-' "$1/compile_commands.json" "$tree" "${@:2}" >"$tree/build/compile_commands.json"
-}
+cat >"$tree/CMakeLists.txt" <<PROJECT
+cmake_minimum_required(VERSION 3.25)
+project(small LANGUAGES CXX)
+include("$top/cmake/PXTargets.cmake")
+find_package(Qt$1 REQUIRED COMPONENTS Core)
+px_add_library(small SOURCES app/some.cpp app/some.h LINK Qt$1::Core)
+PROJECT
 in_order() {
     printf '#pragma once\n\n#include <QStringList>\n\nQStringList given();\n' >"$tree/app/some.h"
     printf '#include "some.h"\n\nQStringList given()\n{\n    return {};\n}\n' >"$tree/app/some.cpp"
@@ -33,27 +30,51 @@ notices() { # HABIT TEXT
     fi
     in_order
 }
+# source_notices HABIT TEXT LINE...: with these lines at the end of a source.
+source_notices() {
+    printf '%s\n' '' "${@:3}" >>"$tree/app/some.cpp"
+    notices "$1" "$2"
+}
 
-commands "$1" app/some.cpp
 in_order
+cmake -S "$tree" -B "$tree/build" >/dev/null
 "$tree/tools/check"
 
-printf '\nint  x = 1;\n' >>"$tree/app/some.cpp"
-notices format some.cpp
+source_notices format some.cpp 'int  x = 1;'
 printf '\nint  x();\n' >>"$tree/app/some.h"
 notices format some.h
+printf '\nint  x();\n' >>"$tree/app/some.h"
+"$tree/tools/check" fix
+"$tree/tools/check" format
+grep -q 'int x();' "$tree/app/some.h" || { echo "check fix left the format as it was" >&2 && exit 1; }
+in_order
+
 sed -i '/#include/d' "$tree/app/some.h"
 notices headers QStringList
-printf '\nint *nothing()\n{\n    return 0;\n}\n' >>"$tree/app/some.cpp"
-notices tidy modernize-use-nullptr
-printf '\nint sizes()\n{\n    int sum = 0;\n    for (const QString &text : given())\n        sum += int(text.size());\n    return sum;\n}\n' \
-    >>"$tree/app/some.cpp"
-notices clazy clazy-range-loop-detach
+printf '#pragma once\n' >"$tree/app/another.h"
+notices headers 'app/another.h is listed in no CMakeLists.txt'
+rm "$tree/app/another.h"
+
+source_notices tidy modernize-use-nullptr 'int *nothing()' '{' '    return 0;' '}'
+source_notices clazy clazy-range-loop-detach \
+    'int sizes()' '{' '    int sum = 0;' '    for (const QString &text : given())' \
+    '        sum += int(text.size());' '    return sum;' '}'
+
+source_notices dialect 'some.cpp:10: a body of one line' \
+    'void f(int *x)' '{' '    if (x) {' '        *x = 1;' '    }' '}'
+source_notices dialect 'some.cpp:10: a body of one line' \
+    'void f(int *x)' '{' '    if (x)' '        *x = 1;' '    else {' '        f(x);' '    }' '}'
+source_notices dialect 'some.cpp:12: a pointer' \
+    'void f(int *x)' '{' '    if (x)' '        return;' '    while (x == nullptr)' '        f(x);' '}'
+source_notices dialect 'some.cpp:10: a pointer' \
+    'bool f(int *x)' '{' '    return x != nullptr && *x;' '}'
+source_notices dialect 'tst_some: a test' 'QTEST_MAIN(tst_some)'
+
 printf '#include "cert/c_pxcert.h"\n' >"$tree/asn/some.h"
 notices layers "asn/some.h includes cert/c_pxcert.h"
 rm "$tree/asn/some.h"
 
 # What finds nothing to look at has not passed.
-commands "$1"
+echo '[]' >"$tree/build/compile_commands.json"
 notices tidy "no translation unit"
 notices clazy "no translation unit"

@@ -190,9 +190,8 @@ void TestPxcppBase64::encodeMessages()
     QCOMPARE(printedBy([] { Freed<char>(PXBase64Encode("M", 1)); }), QByteArray());
     // Texts longer than any object, and one whose length comes out as 1.
     for (const std::uint64_t length :
-         {std::uint64_t(1) << 61, UINT64_MAX / 4 * 3, std::uint64_t(3) << 62, UINT64_MAX}) {
+         {std::uint64_t(1) << 61, UINT64_MAX / 4 * 3, std::uint64_t(3) << 62, UINT64_MAX})
         QCOMPARE(printedBy([&] { QVERIFY(!PXBase64Encode("M", length)); }), QByteArray(kNoMemory));
-    }
 }
 
 void TestPxcppBase64::tableIndex()

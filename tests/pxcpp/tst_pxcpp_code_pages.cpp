@@ -215,9 +215,8 @@ QMap<uint, uint> upperCasePairs()
 {
     QFile ages("/usr/share/unicode/DerivedAge.txt");
     QFile data("/usr/share/unicode/UnicodeData.txt");
-    if (!ages.open(QIODevice::ReadOnly) || !data.open(QIODevice::ReadOnly)) {
+    if (!ages.open(QIODevice::ReadOnly) || !data.open(QIODevice::ReadOnly))
         return {};
-    }
     std::vector<bool> old(0x110000);
     while (!ages.atEnd()) {
         const auto fields = ages.readLine().split('#')[0].split(';');

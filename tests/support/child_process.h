@@ -18,9 +18,8 @@ template <typename Body>
 child_end runInChild(Body body)
 {
     int ends[2];
-    if (pipe(ends) != 0) {
+    if (pipe(ends) != 0)
         return {};
-    }
     std::fflush(stdout);
     const pid_t child = fork();
     if (child == 0) {
