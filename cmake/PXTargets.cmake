@@ -2,42 +2,53 @@
 include_guard(GLOBAL)
 
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON) # see tools/check headers
 
-add_library(px_options INTERFACE)
-target_compile_features(px_options INTERFACE cxx_std_17)
-target_compile_options(px_options INTERFACE
+include_directories("${PROJECT_SOURCE_DIR}") # a header is included as "<folder>/<name>.h"
+add_compile_options(
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
     $<$<BOOL:${PX_WERROR}>:-Werror>)
 # The files that are opened come from anywhere; a sanitizer's build, which finds more, is no release.
-target_compile_options(px_options INTERFACE
-    $<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2;-fstack-protector-strong>)
-target_link_options(px_options INTERFACE $<$<CONFIG:Release>:LINKER:-z,relro,-z,now>)
+add_compile_options(
+    "$<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2;-fstack-protector-strong>")
+add_link_options("$<$<CONFIG:Release>:LINKER:-z,relro,-z,now>")
 if(PX_QT_MAJOR EQUAL 6)
-    target_compile_definitions(px_options INTERFACE QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+    add_compile_definitions(QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 else()
-    target_compile_definitions(px_options INTERFACE QT_DISABLE_DEPRECATED_BEFORE=0x050F00)
+    add_compile_definitions(QT_DISABLE_DEPRECATED_BEFORE=0x050F00)
 endif()
 if(PX_BUILD_FUZZERS)
-    target_compile_options(px_options INTERFACE -fsanitize=fuzzer-no-link,address,undefined)
-    target_link_options(px_options INTERFACE -fsanitize=address,undefined)
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined)
+    add_link_options(-fsanitize=address,undefined)
 endif()
 
-function(px_configure_target target)
-    set_target_properties(${target} PROPERTIES
-        CXX_EXTENSIONS OFF
-        AUTOMOC ON
-        POSITION_INDEPENDENT_CODE ON)
-    target_link_libraries(${target} PRIVATE px_options)
-endfunction()
-
 # px_add_library(<target> SOURCES <file>... [LINK <library>...])
-# One library target a folder; its headers are included as "<folder>/<name>.h".
+# One library target a folder; the headers among its files are its interface.
 function(px_add_library target)
     cmake_parse_arguments(arg "" "" "SOURCES;LINK" ${ARGN})
     add_library(${target} STATIC ${arg_SOURCES})
-    px_configure_target(${target})
-    target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}")
+    list(FILTER arg_SOURCES INCLUDE REGEX "\\.h$")
+    target_sources(${target} PUBLIC
+        FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_SOURCES})
+    target_compile_features(${target} PUBLIC cxx_std_17)
     target_link_libraries(${target} PUBLIC ${arg_LINK})
+endfunction()
+
+# px_add_headers(<target> HEADERS <file>... [LINK <library>...])
+# Headers that belong to no library, and what they need: they compile alone as well.
+function(px_add_headers target)
+    cmake_parse_arguments(arg "" "" "HEADERS;LINK" ${ARGN})
+    if(NOT TARGET ${target})
+        add_library(${target} INTERFACE)
+    endif()
+    target_sources(${target} INTERFACE
+        FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_HEADERS})
+    target_link_libraries(${target} INTERFACE ${arg_LINK})
 endfunction()
 
 # px_add_program(<target> SOURCES <file>... [LINK <library>...])
@@ -45,7 +56,6 @@ endfunction()
 function(px_add_program target)
     cmake_parse_arguments(arg "" "" "SOURCES;LINK" ${ARGN})
     add_executable(${target} ${arg_SOURCES})
-    px_configure_target(${target})
     set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PX_BIN_DIR}")
     target_link_libraries(${target} PRIVATE ${arg_LINK})
 endfunction()
