@@ -44,13 +44,15 @@ PXSignatureManagerAgent *PXCoreManager::GetSignatureManager()
 {
     if (m_signatureManager)
         return m_signatureManager;
+    // Made before the core is asked, which may change where temporary files, and logs, belong.
+    auto *agent = new PXSignatureManagerAgent;
+    agent->setObjectName(QStringLiteral("Agent"));
     const QString classId = QStringLiteral("1F3A9C52-7B4D-4E21-A8C6-2D90E5B7F013");
-    QObject *component =
-        createComponentObject(QStringLiteral("PXSIGNATUREMANAGER.PXSignatureManager.1"), classId);
-    if (!component)
+    agent->setTarget(
+        createComponentObject(QStringLiteral("PXSIGNATUREMANAGER.PXSignatureManager.1"), classId));
+    if (!agent->target())
         std::printf("createComponentObject = %s  fail", classId.toUtf8().constData());
-    m_signatureManager = new PXSignatureManagerAgent(component);
-    m_signatureManager->setObjectName(QStringLiteral("Agent"));
+    m_signatureManager = agent;
     return m_signatureManager;
 }
 

@@ -18,6 +18,9 @@ public:
     /// `LANG_SetFileName`.
     static c_language *GetLangPtr();
 
+    /// What `GetLangPtr` returns; null before its first call.
+    static c_language *_lang;
+
     /// Makes sure that the core manager exists, asks the core for the configuration and install
     /// paths (both stay empty without a core, and stay as they are from then on) and chooses the
     /// language.
@@ -48,8 +51,6 @@ private:
     QString m_installPath;
     QString m_fileName;
     QString m_section;
-
-    static c_language *_lang;
 };
 
 /// `text` through the locale's 8-bit encoding and back: what the locale can't hold is lost. Every

@@ -7,8 +7,8 @@
 namespace client_config {
 
 /// The suite's language code from "settings/PXClientConfig.dll" below `directory`; empty when the
-/// file is missing or names none. Tells on the debug stream which file it looks for, and whether it
-/// was read.
+/// file is missing or names none. Tells on the debug stream which file it looks for, and whether
+/// there is one.
 QString readLanguageCode(const QString &directory);
 
 /// The text of the first `PXClient` in the first `Language` below the root of the zero-terminated

@@ -19,13 +19,19 @@ bool isRegularOrPipe(const struct stat &status)
     return S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode);
 }
 
-// Opens without blocking, so that a pipe that nobody writes to is simply at its end. `status`
-// receives what was opened; -1 for anything but a readable regular file or pipe.
+// Opens without blocking, so that a pipe that nobody writes to is simply at its end; only for
+// another process's lease on a file it waits, as any reader does: the holder has been told, and the
+// kernel ends the lease when it takes too long. `status` receives what was opened; -1 for anything
+// but a readable regular file or pipe.
 int openForReading(const char *path, struct stat &status)
 {
-    if (::stat(path, &status) != 0 || !isRegularOrPipe(status))
-        return -1;
-    const int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    constexpr int kLeasePauseMs = 10;
+    int fd = -1;
+    do {
+        if (::stat(path, &status) != 0 || !isRegularOrPipe(status))
+            return -1;
+        fd = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    } while (fd < 0 && errno == EWOULDBLOCK && ::poll(nullptr, 0, kLeasePauseMs) == 0);
     if (fd >= 0 && (::fstat(fd, &status) != 0 || !isRegularOrPipe(status))) {
         ::close(fd);
         return -1;

@@ -6,6 +6,7 @@
 #include <ctime>
 #include <QFile>
 #include <QHash>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QStringList>
 #include <QTemporaryFile>
@@ -18,8 +19,10 @@ namespace {
 constexpr long long kNanosecondsPerSecond = 1000000000LL;
 
 // File times move in ticks of the kernel's clock, 10 ms at most. A file that was changed within the
-// last tick can change once more without its times telling.
+// last tick can change once more without its times telling. Where no file has nanoseconds, as on
+// FAT, times move in whole seconds or two.
 constexpr long long kClockTick = 20000000LL;
+constexpr long long kWholeSeconds = 2 * kNanosecondsPerSecond + kClockTick;
 
 long long nanoseconds(const timespec &time)
 {
@@ -41,11 +44,8 @@ struct FileIdentity
     }
 };
 
-FileIdentity identityOf(const QByteArray &path)
+FileIdentity identityOf(const struct stat &status)
 {
-    struct stat status = {};
-    if (::stat(path.constData(), &status) != 0)
-        return {};
     return {status.st_dev, status.st_ino, status.st_size, nanoseconds(status.st_mtim),
             nanoseconds(status.st_ctim)};
 }
@@ -55,7 +55,9 @@ bool isSettled(const FileIdentity &identity)
     timespec now = {};
     ::clock_gettime(CLOCK_REALTIME, &now);
     const long long age = nanoseconds(now) - identity.changed;
-    return age > kClockTick || age < -kClockTick;
+    const bool isCoarse = identity.changed % kNanosecondsPerSecond == 0;
+    const long long tick = isCoarse ? kWholeSeconds : kClockTick;
+    return age > tick || age < -tick;
 }
 
 using Texts = QHash<QString, QString>;
@@ -63,20 +65,40 @@ using Texts = QHash<QString, QString>;
 // `QSettings` keeps files in a cache of its own, by name, size and millisecond, with whatever codec
 // they were first read. A copy under a name that was never used gets past it; where none can be
 // made, the file itself must do.
-Texts parse(const QByteArray &path, const QByteArray &content)
+template <typename Ask>
+auto askSettings(const QByteArray &path, const QByteArray &content, const Ask &ask)
 {
-    Texts texts;
-    if (content.isEmpty())
-        return texts;
     QTemporaryFile copy;
     const bool copied = copy.open() && copy.write(content) == content.size() && copy.flush();
     QSettings settings(copied ? copy.fileName() : QFile::decodeName(path), QSettings::IniFormat);
     readAsUtf8(settings);
+    return ask(settings);
+}
+
+Texts allTexts(const QSettings &settings)
+{
+    Texts texts;
     const QStringList keys = settings.allKeys();
     texts.reserve(keys.size());
-    for (const QString &key : keys)
-        texts.insert(key, settings.value(key).toString());
+    for (const QString &key : keys) // one may be empty, which alone settings complain about
+        texts.insert(key, settings.value(QLatin1Char('/') + key).toString());
     return texts;
+}
+
+// `QSettings` parses no more of a file than the one section that a key seems to lie in. Where the
+// name of a section may hold a slash, or that of a key before the sections, it finds less than what
+// a file that is parsed as a whole has.
+bool dependsOnTheQuestion(const QByteArray &content)
+{
+    static const QRegularExpression oddSection(
+        QStringLiteral(R"(\[[^\]]*[/\\%]|\[\s*general\s*\])"),
+        QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression comment(QStringLiteral(R"(^[ \t]*;[^\r\n]*)"),
+                                            QRegularExpression::MultilineOption);
+    static const QRegularExpression oddKey(QStringLiteral(R"([/\\%])"));
+    const QString text = QString::fromLatin1(content);
+    return text.contains(oddSection) ||
+           text.section(QLatin1Char('['), 0, 0).remove(comment).contains(oddKey);
 }
 
 struct ParsedFile
@@ -85,20 +107,33 @@ struct ParsedFile
     FileIdentity identity;
     bool settled = false;
     Texts texts;
+    QByteArray toBeAsked; ///< the content, where each look-up has to ask settings of its own
 };
 
-const Texts &textsOf(const QByteArray &path)
+ParsedFile parse(const QByteArray &path, const FileIdentity &identity, bool isRegular)
+{
+    ParsedFile file = {path, identity, isSettled(identity), {}, {}};
+    // Not before the file is asked for its times: what changes after that may carry the same.
+    QByteArray content;
+    // What keeps a regular file from being read may pass without a trace in its times.
+    if (!file_reader::readWhole(path.constData(), content) && isRegular)
+        file.settled = false;
+    if (dependsOnTheQuestion(content))
+        file.toBeAsked = content;
+    else if (!content.isEmpty())
+        file.texts = askSettings(path, content, allTexts);
+    return file;
+}
+
+const ParsedFile &current(const QByteArray &path)
 {
     static ParsedFile file;
-    const FileIdentity identity = identityOf(path);
-    if (file.settled && file.path == path && file.identity == identity)
-        return file.texts;
-    // Asked before the file is read: what changes after that may carry the same times.
-    const bool settled = isSettled(identity);
-    QByteArray content;
-    file_reader::readWhole(path.constData(), content);
-    file = {path, identity, settled, parse(path, content)};
-    return file.texts;
+    struct stat status = {};
+    const bool exists = ::stat(path.constData(), &status) == 0;
+    const FileIdentity identity = exists ? identityOf(status) : FileIdentity();
+    if (!file.settled || file.path != path || !(file.identity == identity))
+        file = parse(path, identity, S_ISREG(status.st_mode));
+    return file;
 }
 
 // As `QSettings` takes keys: without slashes at either end, and one at a time within.
@@ -111,7 +146,13 @@ QString normalizedKey(const QString &key)
 
 QString lookup(const QString &path, const QString &section, const QString &key)
 {
-    return textsOf(QFile::encodeName(path)).value(normalizedKey(section + QLatin1Char('/') + key));
+    const ParsedFile &file = current(QFile::encodeName(path));
+    const QString name = normalizedKey(section + QLatin1Char('/') + key);
+    if (file.toBeAsked.isEmpty())
+        return file.texts.value(name);
+    return askSettings(file.path, file.toBeAsked, [&name](const QSettings &settings) {
+        return settings.value(QLatin1Char('/') + name).toString();
+    });
 }
 
 } // namespace ini_table

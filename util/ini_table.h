@@ -10,7 +10,7 @@ namespace ini_table {
 /// than `file_reader::kMaxFileSize`. An edit of the file is seen by the next look-up.
 ///
 /// Costs one `stat` while the file stays as it is; a file that changed, or another than the last
-/// one's, is parsed anew. GUI thread only.
+/// one's, is parsed anew, and so is one with a slash in the name of a section. GUI thread only.
 QString lookup(const QString &path, const QString &section, const QString &key);
 
 } // namespace ini_table

@@ -30,6 +30,8 @@ public:
     Q_INVOKABLE qint64 createComponentObject(const QString &progId, const QString &classId)
     {
         say("createComponentObject", progId, classId);
+        if (qEnvironmentVariableIsSet("NEXT_TMPDIR"))
+            qputenv("TMPDIR", qgetenv("NEXT_TMPDIR"));
         if (progId == QLatin1String("unknown") || qEnvironmentVariableIsSet("NO_COMPONENT"))
             return 0;
         m_component.setObjectName(QStringLiteral("component ") + classId);

@@ -74,6 +74,10 @@ const QHash<QString, std::function<void()>> &words()
                  describe(createComponentObject(QStringLiteral("unknown"), QString())));
          }},
         {QStringLiteral("signatureManager"), describeSignatureManager},
+        {QStringLiteral("callManager"),
+         [] {
+             GetCoreManager()->GetSignatureManager()->invokeHelper(QStringLiteral("any"), nullptr);
+         }},
         {QStringLiteral("destroy"), [] { qtcall_destroy(); }},
         {QStringLiteral("delete"), [] { delete GetCoreManager(); }},
     };

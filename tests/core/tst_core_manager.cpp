@@ -29,6 +29,7 @@ private slots:
     void libraryThatIsNone();
     void libraryIsTakenFromTheWorkingDirectory();
     void traceOfStartUp();
+    void managerIsThereBeforeItsComponent();
 };
 
 void TestCoreManager::cases_data()
@@ -243,6 +244,24 @@ void TestCoreManager::traceOfStartUp()
                              "methodName=logDebug", "methodName=logDebug::paramCount=1",
                              "paramTypeName=QString", "QMetaObject::metacall call in",
                              "QMetaObject::metacall call end", ""}));
+}
+
+// A core that moves the temporary directory when it is asked for the component: the manager's trace
+// stays where it was.
+void TestCoreManager::managerIsThereBeforeItsComponent()
+{
+    InstallTree tree;
+    QVERIFY(tree.addProgram("core_probe"));
+    QVERIFY(tree.add(fabricatedCore(QStringLiteral("full")), "bin/PXSignatureCoreV10.so"));
+    QVERIFY(QDir().mkpath(tree.temporary() + QLatin1String("/orvane")));
+    QVERIFY(QDir().mkpath(tree.elsewhere() + QLatin1String("/orvane")));
+    tree.environment.insert(QStringLiteral("NEXT_TMPDIR"), tree.elsewhere());
+    const InstallTree::Outcome outcome =
+        tree.run("core_probe", {QStringLiteral("manager"), QStringLiteral("callManager")});
+    QVERIFY(outcome.ended);
+    QFile log(tree.temporary() + QLatin1String("/orvane/tessera_core.log"));
+    QVERIFY(log.open(QIODevice::ReadOnly));
+    QVERIFY(log.readAll().contains("methodName=any\n"));
 }
 
 QTEST_GUILESS_MAIN(TestCoreManager)

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <atomic>
+#include <csignal>
 #include <fcntl.h>
 #include <future>
 #include <QElapsedTimer>
@@ -13,6 +14,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -57,6 +59,7 @@ public:
     Pipe &operator=(const Pipe &) = delete;
 
     QByteArray path() const { return "/dev/fd/" + QByteArray::number(m_ends[0]); }
+    int reader() const { return m_ends[0]; }
     int writer() const { return m_ends[1]; }
     void closeWriter()
     {
@@ -103,6 +106,7 @@ private slots:
     void refusesPipeWithoutEnd();
     void refusesTooLongPipe();
     void fileThatShrinks();
+    void waitsForALeaseOnAFile();
 
     void writefile_data();
     void writefile();
@@ -472,6 +476,44 @@ void TestUtilFiles::fileThatShrinks()
     QCOMPARE(reads, 50);
     QVERIFY(sizesFit);
     QVERIFY(sizesSet);
+}
+
+// Another process holds the file to itself and gives it up a while after it is asked to.
+void TestUtilFiles::waitsForALeaseOnAFile()
+{
+    constexpr int kHeldMs = 300;
+    const QByteArray file = make("file", "content");
+    Pipe held;
+    const pid_t holder = ::fork();
+    if (holder == 0) {
+        sigset_t asked;
+        ::sigemptyset(&asked);
+        ::sigaddset(&asked, SIGIO);
+        ::sigprocmask(SIG_BLOCK, &asked, nullptr);
+        const int fd = ::open(file.constData(), O_RDWR | O_CLOEXEC);
+        const bool isHeld = ::fcntl(fd, F_SETLEASE, F_WRLCK) == 0;
+        writeAll(held.writer(), isHeld ? "y" : "n");
+        if (isHeld && ::sigwaitinfo(&asked, nullptr) == SIGIO) {
+            ::usleep(kHeldMs * 1000);
+            ::fcntl(fd, F_SETLEASE, F_UNLCK);
+        }
+        ::_exit(0);
+    }
+    QFile answer;
+    QVERIFY(answer.open(held.reader(), QIODevice::ReadOnly | QIODevice::Unbuffered));
+    const QByteArray isHeld = answer.read(1);
+    QElapsedTimer timer;
+    timer.start();
+    QByteArray content;
+    const bool read = m_util.readfile(file.constData(), content);
+    const qint64 elapsed = timer.elapsed();
+    ::kill(holder, SIGKILL);
+    QCOMPARE(::waitpid(holder, nullptr, 0), holder);
+    if (isHeld != "y")
+        QSKIP("this file system gives no leases");
+    QVERIFY(read);
+    QCOMPARE(content, QByteArray("content"));
+    QVERIFY2(elapsed >= kHeldMs - 10, QByteArray::number(elapsed).constData());
 }
 
 void TestUtilFiles::writefile_data()

@@ -44,6 +44,7 @@ private slots:
     void configurationIsReadAgain();
     void longConfiguration_data();
     void longConfiguration();
+    void debugStreamTellsTheSteps_data();
     void debugStreamTellsTheSteps();
 
     void oneObject();
@@ -104,6 +105,10 @@ void TestUtilLanguage::currentLanguage_data()
     row("Latin-1", configuration("\xC3\xA9"), "\xC3\xA9");
     row("entities", configuration("&lt;&#65;&amp;"), "<A&");
     row("CDATA", configuration("<![CDATA[GBB_]]>"), "GBB_");
+    row("pieces around a comment", configuration("GB<!-- x -->B_"), "GBB_");
+    row("a comment before", configuration("<!-- x -->GBB_"), "GBB_");
+    row("pieces of CDATA", configuration("G<![CDATA[B]]><![CDATA[B]]>_"), "GBB_");
+    row("text before an element", configuration("GBB_<x/>y"), "GBB_");
     row("byte order mark", "\xEF\xBB\xBF" + configuration("GBB_"), "GBB_");
     row("comments around",
         "<!-- a --><x><!-- b --><Language><!-- c --><PXClient>GBB_</PXClient>"
@@ -127,6 +132,8 @@ void TestUtilLanguage::currentLanguage_data()
         "GBB_");
 
     row("empty text", configuration(""), kNone);
+    row("empty CDATA", configuration("<![CDATA[]]>"), kNone);
+    row("an element before the text", configuration("<x/>GBB_"), kNone);
     row("an element for a text", configuration("<x/>"), kNone);
     row("no client", "<x><Language><Other>GBB_</Other></Language></x>", kNone);
     row("no client in the first of two languages",
@@ -203,7 +210,6 @@ void TestUtilLanguage::missingConfiguration_data()
     QTest::addColumn<QByteArray>("made");
     QTest::newRow("no folder") << QByteArray();
     QTest::newRow("no file") << QByteArray("settings");
-    QTest::newRow("a directory") << QByteArray(kConfigurationFile);
 }
 
 void TestUtilLanguage::missingConfiguration()
@@ -253,13 +259,32 @@ void TestUtilLanguage::longConfiguration()
     QCOMPARE(table(content).section(), text("EN"));
 }
 
+void TestUtilLanguage::debugStreamTellsTheSteps_data()
+{
+    QTest::addColumn<QString>("kind");
+    for (const char *kind : {"no XML", "a folder", "too large", "nothing"})
+        QTest::newRow(kind) << QString::fromLatin1(kind);
+}
+
+// What exists is told as read, whether or not it can be.
 void TestUtilLanguage::debugStreamTellsTheSteps()
 {
-    QVERIFY(m_tree->write(kConfigurationFile, "no XML"));
+    QFETCH(QString, kind);
+    const QString file = m_tree->path(kConfigurationFile);
+    if (kind == QLatin1String("a folder"))
+        QVERIFY(QDir().mkpath(file));
+    else if (kind != QLatin1String("nothing"))
+        QVERIFY(m_tree->write(kConfigurationFile, "no XML"));
+    if (kind == QLatin1String("too large"))
+        QVERIFY(QFile::resize(file, 65 * 1024 * 1024));
     const MessageRecorder recorder;
     const c_language language;
-    const QString path = QLatin1Char('"') + m_tree->path(kConfigurationFile) + QLatin1Char('"');
-    QCOMPARE(MessageRecorder::messages(), QStringList({path, path + QLatin1String(" read succ")}));
+    const QString path = QLatin1Char('"') + file + QLatin1Char('"');
+    QStringList expected = {path};
+    QCOMPARE(language.section(), text("CN"));
+    if (kind != QLatin1String("nothing"))
+        expected << path + QLatin1String(" read succ");
+    QCOMPARE(MessageRecorder::messages(), expected);
 }
 
 void TestUtilLanguage::oneObject()
@@ -267,6 +292,7 @@ void TestUtilLanguage::oneObject()
     c_language *language = c_language::GetLangPtr();
     QVERIFY(language);
     QCOMPARE(c_language::GetLangPtr(), language);
+    QCOMPARE(c_language::_lang, language);
 }
 
 void TestUtilLanguage::fileName()
