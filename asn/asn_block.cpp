@@ -35,16 +35,29 @@ stASN_BLOCK_HEADER *linked(stASN_BLOCK_HEADER *node, stASN_BLOCK_HEADER *parent)
     return node;
 }
 
-void deleteChildren(stASN_BLOCK_STRUCT *node)
+// Frees one node. Its children, still with their cells, go in front of `behind`.
+stASN_CHILD_CELL *freeNode(stASN_BLOCK_HEADER *node, stASN_CHILD_CELL *behind)
 {
-    for (stASN_CHILD_CELL *cell = node->firstChild; cell;) {
-        stASN_CHILD_CELL *next = cell->next;
-        ASNDeleteBlock(cell->child);
-        std::free(cell);
-        cell = next;
+    stASN_CHILD_CELL *orphans = behind;
+    if (!ASNHoldsChildren(node)) {
+        std::free(node->content);
+    } else if (ASNFirstCell(node)) {
+        asStruct(node)->lastChild->next = behind;
+        orphans = asStruct(node)->firstChild;
     }
-    node->firstChild = nullptr;
-    node->lastChild = nullptr;
+    std::free(node);
+    return orphans;
+}
+
+// Frees cells and all below them: no recursion, and no memory for the way back.
+void freeCells(stASN_CHILD_CELL *cell)
+{
+    while (cell) {
+        stASN_CHILD_CELL *next = cell->next;
+        stASN_BLOCK_HEADER *node = cell->child;
+        std::free(cell);
+        cell = node ? freeNode(node, next) : next;
+    }
 }
 
 } // namespace
@@ -122,13 +135,8 @@ int ASNRemoveChild(stASN_BLOCK_HEADER *node, int index)
 
 void ASNDeleteBlock(stASN_BLOCK_HEADER *node)
 {
-    if (!node)
-        return;
-    if (ASNHoldsChildren(node))
-        deleteChildren(asStruct(node));
-    else
-        std::free(node->content);
-    std::free(node);
+    if (node)
+        freeCells(freeNode(node, nullptr));
 }
 
 int ASNSetBlockData(stASN_BLOCK_HEADER *node, const unsigned char *data, unsigned int size)
@@ -143,7 +151,9 @@ int ASNSetBlockData(stASN_BLOCK_HEADER *node, const unsigned char *data, unsigne
         std::memcpy(copy, data, size);
     }
     if (ASNHoldsChildren(node)) {
-        deleteChildren(asStruct(node));
+        freeCells(asStruct(node)->firstChild);
+        asStruct(node)->firstChild = nullptr;
+        asStruct(node)->lastChild = nullptr;
         node->rawFlag = 1;
     } else {
         std::free(node->content);

@@ -14,6 +14,9 @@
 /// Lengths of a tree are right after `ASNUpdate` on its root, until the next change: `ASNUpdate`,
 /// then `ASNGetBlockLength` for the size of a buffer, then `ASNBuildData`.
 ///
+/// A tree may be of any depth, as editing can make it: nothing here recurs along it. Only a parse
+/// has limits.
+///
 /// A node ends with `ASNDeleteBlock` on it or on a node above it, `ASNRemoveChild` on it or on a
 /// node above it, and `ASNSetBlockData` on an OCTET STRING above it; nothing else moves or ends
 /// nodes. A leaf's `content` ends with its node, and with `ASNSetBlockData` on it.
@@ -56,13 +59,13 @@ struct stASN_CHILD_CELL
 };
 
 /// How deep a parse goes, the outermost element having depth 1. Certificates end at about 12; 128
-/// levels of the parser and of those who walk its tree fit on any thread's stack. What is nested
-/// deeper does not parse.
+/// levels of the parser fit on any thread's stack. What is nested deeper does not parse, and an
+/// OCTET STRING at the last level stays a leaf.
 constexpr int ASN_MAX_DEPTH = 128;
 
-/// How many elements a parse meets. Certificates have hundreds, the largest revocation lists some
-/// million. A tree of so many, which two octets each can ask for, takes 320 MB. What comes behind
-/// does not parse.
+/// How many elements the tree of a parse has. Certificates have hundreds, the largest revocation
+/// lists some million. A tree of so many, which two octets each can ask for, takes 320 MiB. What
+/// comes behind does not parse, and an OCTET STRING that would hold more stays a leaf.
 constexpr unsigned int ASN_MAX_ELEMENTS = 4U * 1024 * 1024;
 
 // Reading.

@@ -12,8 +12,9 @@ public:
     stASN_BLOCK_HEADER *element(stASN_BLOCK_HEADER *parent, DerCursor &cursor);
 
 private:
-    bool holdsElements(const DerElement &element) const;
-    AsnBlockPtr withChildren(const DerElement &element);
+    AsnBlockPtr nodeOf(const DerElement &element);
+    bool isRunOfElements(OctetView content) const;
+    AsnBlockPtr withChildren(unsigned char tag, DerCursor &children);
     static AsnBlockPtr leaf(const DerElement &element);
 
     int m_openElements = 0;
@@ -29,37 +30,50 @@ stASN_BLOCK_HEADER *Parser::element(stASN_BLOCK_HEADER *parent, DerCursor &curso
         !ASN_TAGVALID(cursor.identifier()) || !cursor.next(element))
         return nullptr;
     ++m_count;
-    AsnBlockPtr node = holdsElements(element) ? withChildren(element) : leaf(element);
+    AsnBlockPtr node = nodeOf(element);
     if (!node || (parent && !ASNAppendChild(parent, node.get())))
         return nullptr;
     return node.release();
 }
 
-// A constructed element does, whatever its content. An OCTET STRING does when its content is a run
-// of elements that all parse and end with it. The headers tell, because what is in such a run
-// always parses: a constructed element whatever it holds, an OCTET STRING as a leaf. So nothing is
-// built and thrown away, and the time stays linear in the input.
-bool Parser::holdsElements(const DerElement &element) const
+AsnBlockPtr Parser::nodeOf(const DerElement &element)
 {
-    if (element.tag != ASN_TAG_OCTET_STRING || !g_bExtend)
-        return ASNIsConstructed(element.tag);
-    if (element.content.size == 0 || m_openElements + 1 == ASN_MAX_DEPTH)
+    DerCursor children(element.content);
+    if (ASNIsConstructed(element.tag))
+        return withChildren(element.tag, children);
+    if (element.tag == ASN_TAG_OCTET_STRING && g_bExtend && isRunOfElements(element.content)) {
+        const unsigned int count = m_count;
+        AsnBlockPtr node = withChildren(element.tag, children);
+        if (children.atEnd())
+            return node;
+        m_count = count; // there were too many: none of them stays
+    }
+    return leaf(element);
+}
+
+// Whether all that an OCTET STRING holds is elements that parse. The headers tell, because what is
+// in a constructed one never fails it, and an OCTET STRING can always be a leaf. So nothing is
+// built to be thrown away, with contents copied at every level of it, and the time stays linear in
+// the input. Only that there are too many shows later.
+bool Parser::isRunOfElements(OctetView content) const
+{
+    if (content.size == 0 || m_openElements + 1 == ASN_MAX_DEPTH)
         return false;
-    DerCursor run(element.content);
+    DerCursor run(content);
     DerElement child;
     while (ASN_TAGVALID(run.identifier()) && run.next(child))
         continue;
     return run.atEnd();
 }
 
-AsnBlockPtr Parser::withChildren(const DerElement &element)
+// The children that parse; the cursor stays before the first that doesn't.
+AsnBlockPtr Parser::withChildren(unsigned char tag, DerCursor &children)
 {
-    AsnBlockPtr node(ASNCreateStruct(element.tag, nullptr));
+    AsnBlockPtr node(ASNCreateStruct(tag, nullptr));
     if (!node)
         return nullptr;
     ++m_openElements;
-    DerCursor children(element.content);
-    while (this->element(node.get(), children))
+    while (element(node.get(), children))
         continue;
     --m_openElements;
     return node;

@@ -209,6 +209,30 @@ private slots:
             ++count;
         QCOMPARE(count, ASN_MAX_ELEMENTS);
     }
+
+    // As where it is too deep: its octets stay whole, and what comes behind parses.
+    void mostElementsInAnOctetString()
+    {
+        const QByteArray null = QByteArray::fromHex("0500");
+        const auto leftBehind = [&](int count, const QByteArray &first) {
+            const QByteArray run = first + null.repeated(count);
+            const QByteArray string = header(0x04, int(run.size())) + run;
+            const AsnBlockPtr root = parsed(extended(string + null));
+            const stASN_BLOCK_HEADER *held = ASNGetChild(root.get(), 0);
+            const bool isWhole = held->rawFlag == 0 || held->contentLength == unsigned(run.size());
+            return QStringLiteral("%1 %2 %3")
+                .arg(held->rawFlag)
+                .arg(isWhole)
+                .arg(ASNGetChild(root.get(), 1) ? 1 : 0);
+        };
+        const int most = static_cast<int>(ASN_MAX_ELEMENTS) - 2; // but for the two around
+        QCOMPARE(leftBehind(most, {}), QStringLiteral("0 1 0"));
+        QCOMPARE(leftBehind(most + 1, {}), QStringLiteral("1 1 1"));
+        // The elements of a constructed one count, whose own end is never the string's.
+        const QByteArray sequence = header(0x30, 200) + null.repeated(100);
+        QCOMPARE(leftBehind(most - 101, sequence), QStringLiteral("0 1 0"));
+        QCOMPARE(leftBehind(most - 100, sequence), QStringLiteral("1 1 1"));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestAsnLimits)

@@ -146,7 +146,8 @@ private slots:
         row("0x84 of more than there is", "0284FFFFFFFF05", 0);
         row("0x84 that would wrap to a small size", "0284FFFFFFFA05", 0);
         row("0x84, the greatest positive length", "02847FFFFFFF05", 0);
-        row("0x85", "02850000000001", 0);
+        row("0x85, a length octet missing", "028500000000", 0);
+        row("0x85, and a content that fits", "0285000000000105", 0);
         row("0xFF", "02FF00", 0);
         row("any identifier", "FF00", 2);
     }
@@ -198,8 +199,8 @@ private slots:
         row("a nested SEQUENCE keeps what it has", "30083004020109FF0500", "30(30(02:09),05:)");
         row("0x80 has empty content", "3080020101", "30()");
         row("0x80 inside takes two octets", "300404800500", "30(04:,05:)");
-        row("length octet 0x85", "308500000000", "none");
-        row("length octet 0x85 inside", "3006020101048500", "30(02:01)");
+        row("length octet 0x85", "30850000000000", "none");
+        row("length octet 0x85 inside", "300A02010104850000000000", "30(02:01)");
         row("one octet longer than the input", "30030201", "none");
         row("long form where the short one would do", "308400000006828200022AFF", "30(82:2AFF)");
         row("unaccepted tag", "0B00", "none");
