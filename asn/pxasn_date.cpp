@@ -11,35 +11,41 @@ constexpr int kGeneralizedYearDigits = 4;
 constexpr int kHoursPerDay = 24;
 constexpr int kSecondsPerHour = 3600;
 
-struct CivilTime
+// MMDDhhmmss behind the digits of the year. Deliberate: what is no number counts as 0, and a blank
+// or a sign may stand before a digit.
+struct Fields
 {
-    QDate date;
-    QTime time;
+    template <typename Text>
+    Fields(const Text &text, int yearDigits)
+        : year(text.left(yearDigits).toInt())
+    {
+        int *const others[] = {&month, &day, &hour, &minute, &second};
+        for (int *field : others) {
+            *field = text.mid(yearDigits, 2).toInt();
+            yearDigits += 2;
+        }
+    }
+
+    QDate date() const { return {year, month, day}; }
+    // Impossible fields give a time of day that a date-time takes for midnight.
+    QTime time() const { return {hour, minute, second}; }
+
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
 };
 
-// MMDDhhmmss behind the digits of the year. Impossible fields make the date or the time invalid.
-// Deliberate: what is no number counts as 0, and a blank or a sign may stand before a digit.
-template <typename Text>
-CivilTime civilTime(const Text &text, int yearDigits, int year)
-{
-    const auto field = [&](int i) { return text.mid(yearDigits + 2 * i, 2).toInt(); };
-    return {QDate(year, field(0), field(1)), QTime(field(2), field(3), field(4))};
-}
-
-// Invalid when a part is: the class itself would make an invalid time of day midnight.
-QDateTime dateTime(const CivilTime &civil, Qt::TimeSpec spec, int offset)
-{
-    return civil.date.isValid() && civil.time.isValid()
-               ? QDateTime(civil.date, civil.time, spec, offset)
-               : QDateTime();
-}
-
 // The hour moved from UTC into local time, on the same day.
-QTime movedToLocal(const QTime &time)
+int movedToLocal(int hour)
 {
     const qint64 seconds = QDateTime(QDate(1970, 1, 2), QTime(0, 0)).toSecsSinceEpoch();
-    const int offset = kHoursPerDay - static_cast<int>(seconds / kSecondsPerHour);
-    return {(time.hour() + offset + kHoursPerDay) % kHoursPerDay, time.minute(), time.second()};
+    const int moved = kHoursPerDay - static_cast<int>(seconds / kSecondsPerHour) + hour;
+    if (moved >= kHoursPerDay)
+        return moved - kHoursPerDay;
+    return moved < 0 && hour >= 0 ? moved + kHoursPerDay : moved;
 }
 
 } // namespace
@@ -50,17 +56,13 @@ QDateTime PXAsnBlock::convertDateTime(const QByteArray &text)
     // a clock at UTC-8.
     constexpr int kPivot = 60;
     constexpr int kSecondsWestOfUtc = -28800;
-    QDateTime result;
-    if (text.endsWith('Z') && text.size() == kUtcTimeLength) {
-        const int year = text.left(kUtcYearDigits).toInt();
-        result = dateTime(civilTime(text, kUtcYearDigits, year + (year < kPivot ? 2000 : 1900)),
-                          Qt::OffsetFromUTC, kSecondsWestOfUtc);
-    } else if (text.endsWith('Z') && text.size() == kGeneralizedTimeLength) {
-        const int year = text.left(kGeneralizedYearDigits).toInt();
-        result = dateTime(civilTime(text, kGeneralizedYearDigits, year), Qt::OffsetFromUTC,
-                          kSecondsWestOfUtc);
-    }
-    return result.toUTC();
+    const bool isUtcTime = text.size() == kUtcTimeLength;
+    if (!text.endsWith('Z') || (!isUtcTime && text.size() != kGeneralizedTimeLength))
+        return QDateTime().toUTC();
+    Fields fields(text, isUtcTime ? kUtcYearDigits : kGeneralizedYearDigits);
+    if (isUtcTime)
+        fields.year += fields.year < kPivot ? 2000 : 1900;
+    return QDateTime(fields.date(), fields.time(), Qt::OffsetFromUTC, kSecondsWestOfUtc).toUTC();
 }
 
 PXAsnBlock::operator QDateTime() const
@@ -68,16 +70,14 @@ PXAsnBlock::operator QDateTime() const
     const QString text = toString();
     qDebug() << "[PXAsn::operator QDateTime]...";
     qDebug() << "text: " << text;
-    if (!checkTag(ASN_TAG_UTC_TIME) && !checkTag(ASN_TAG_GENERALIZED_TIME))
+    const bool isUtcTime = checkTag(ASN_TAG_UTC_TIME);
+    if (!isUtcTime && !checkTag(ASN_TAG_GENERALIZED_TIME))
         return {};
-    const int yearDigits = checkTag(ASN_TAG_UTC_TIME) ? kUtcYearDigits : kGeneralizedYearDigits;
     // Deliberate: the two digits of a UTCTime are the year as they stand, without a century.
-    const QString year = text.left(yearDigits);
-    CivilTime civil = civilTime(text, yearDigits, year.toInt());
-    if (checkTag(ASN_TAG_UTC_TIME) && text.size() == kUtcTimeLength &&
-        text.endsWith(QLatin1Char('Z')) && civil.time.isValid())
-        civil.time = movedToLocal(civil.time);
-    return dateTime(civil, Qt::LocalTime, 0);
+    Fields fields(text, isUtcTime ? kUtcYearDigits : kGeneralizedYearDigits);
+    if (isUtcTime && text.size() == kUtcTimeLength && text.endsWith(QLatin1Char('Z')))
+        fields.hour = movedToLocal(fields.hour);
+    return {fields.date(), fields.time(), Qt::LocalTime};
 }
 
 QDateTime PXAsnBlock::toDateTime() const
