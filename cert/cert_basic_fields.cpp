@@ -98,7 +98,9 @@ bool c_pxcert::readVersion(PXAsnBlock *tbs, int &next)
     if (!version)
         return fail("version2");
     m_version = version->toInt();
-    add_node(texts::shown(text_keys::kVersion), QStringLiteral("V%1").arg(m_version + 1));
+    // One more than the greatest number wraps.
+    const int shown = static_cast<int>(static_cast<unsigned int>(m_version) + 1);
+    add_node(texts::shown(text_keys::kVersion), QStringLiteral("V%1").arg(shown));
     next = 1;
     return true;
 }

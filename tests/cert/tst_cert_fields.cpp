@@ -38,6 +38,14 @@ private slots:
         QCOMPARE(printedBy([&] { parse(certificate.encoded()); }), QByteArray());
     }
 
+    void greatestVersionWraps()
+    {
+        Certificate certificate;
+        certificate.version = tlv(0xA0, integer("FFFFFF7F"));
+        QCOMPARE(parse(certificate.encoded()).row(text_keys::kVersion).value,
+                 QStringLiteral("V-2147483648"));
+    }
+
     void characterBeyondABmpStringIsReplaced()
     {
         Certificate certificate;
