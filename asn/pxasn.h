@@ -11,20 +11,20 @@
 #include <string>
 #include <vector>
 
-/// The largest content that is read as a value or a text. Beyond it, the sizes of texts made from
-/// it would no longer fit into an int.
-constexpr unsigned int kMostValueOctets = 512U * 1024 * 1024;
-
 /// One element of a parsed tree, as an object: navigation, values, texts and editing. Results are
 /// 1 for success and 0 for failure, after which everything is as it was, where nothing else is
 /// said. Failed navigation prints a fixed text to standard output.
 ///
 /// An object does not own its node: the document (`PXAsn`), or who handed the node to `load`, does.
-/// Child objects are owned by this one, and each is also its `QObject` child. What ends them:
+/// A child object is made when it is first asked for, and belongs to this one, whose `QObject`
+/// child it is. What ends child objects:
 /// - the destructor, and `close`: all below;
 /// - `setData` and `setDataEx` on an OCTET STRING: all below;
-/// - `remove`: the one at the index, with all below it.
-/// What is handed out lives until one of these, on this object or one above it.
+/// - `remove` and `release`: the one at the index, with all below it.
+/// What is handed out lives until one of these, on this object or one above it. Where a node ends
+/// by them that other objects of the document stand for, too, those stand for no node any more.
+///
+/// Trees and objects may be of any depth, as editing can make them: nothing here recurs along them.
 ///
 /// GUI thread only.
 class PXAsnBlock : public QObject
@@ -35,9 +35,10 @@ public:
     explicit PXAsnBlock(QObject *parent);
     ~PXAsnBlock() override;
 
-    /// Stands for `block` from now on, with one child object for each of its children, in order;
-    /// child objects that it had end. `block` stays its owner's and must outlive this object's use
-    /// of it. 0 for null. Linear in the subtree.
+    /// Stands for `block` from now on, with one child object for each of its children, in order,
+    /// behind those that it had. `block` stays its owner's, and must outlive this object's use of
+    /// it. 0 for null. Linear in the number of children; where other objects may stand for the same
+    /// nodes (a loaded object, one below another), in all below the document.
     int load(stASN_BLOCK_HEADER *block);
 
     int type() const; ///< the identifier octet; 0 without node
@@ -46,43 +47,39 @@ public:
     /// The child object at `index`, from 0, owned here; null when there is none, or when
     /// `checkType` is not `ASN_TAG_ANY` and the child has another tag. Constant time.
     PXAsnBlock *getChild(int index, int checkType) const;
+    /// Ends the child object at `index`, with all below it, to be made anew when it is asked for:
+    /// who walks a million children needs no more than one of them at a time. Nothing happens where
+    /// there is none, and after the first change of the document by `remove`, `addBlock` or `load`.
+    void release(int index);
 
-    /// The content octets as they are encoded, the unused-bits octet of a BIT STRING included;
-    /// empty without node, for a node that holds children, and above `kMostValueOctets`. A copy.
+    /// The content octets as they are encoded (`node_values::content`). A copy.
     QByteArray contentOctets() const;
 
     // Values. Empty, or 0, without node and for a constructed one.
 
-    /// OBJECT IDENTIFIER (X.690, 8.19): its name in the language file's OID section, or dotted
-    /// text, or nothing when it has none. BIT STRING (8.6): the octets after the unused-bits octet,
-    /// as Latin-1. UTF8String and BMPString (8.23): their text. Others: the content as Latin-1.
-    operator QString() const;
-    /// BIT STRING: the octets after the unused-bits octet. BMPString: its text in UTF-8. Others:
-    /// the content.
-    operator QByteArray() const;
-    /// INTEGER (X.690, 8.3) of one octet, unsigned. Deliberate: two and four octets are read as the
-    /// platform stores them, others as 0.
-    operator int() const;
-    /// Local date and time of a time value, invalid for anything else and when a field is out of
-    /// range. A field that is missing or no number counts as 0.
+    operator QString() const;    ///< `node_values::text`
+    operator QByteArray() const; ///< `node_values::octets`
+    operator int() const;        ///< `node_values::number`
+    /// Local date and time of a UTCTime (X.680, 47) or GeneralizedTime (46), invalid for anything
+    /// else. The two digits of a UTCTime are the whole year, and its hour moves from UTC into local
+    /// time, on the same day, when it has the form YYMMDDhhmmssZ. A field that is missing or no
+    /// number counts as 0. An impossible date makes it invalid, an impossible time of day midnight.
     operator QDateTime() const;
     QString toString() const;
     QByteArray toByteArray() const;
     int toInt() const;
     QDateTime toDateTime() const;
-    /// "YYMMDDhhmmssZ" (below 60 is 20YY) or "YYYYMMDDhhmmssZ", eight hours later, in UTC; unset
-    /// for any other text and when a field is out of range. One that is no number counts as 0.
+    /// "YYMMDDhhmmssZ" (below 60 is 20YY) or "YYYYMMDDhhmmssZ", eight hours later, in UTC; invalid
+    /// for any other text. Fields that are no number, or impossible, count as above.
     static QDateTime convertDateTime(const QByteArray &text);
 
     // Texts for people. Linear in the octets below.
 
-    QString printData() const; ///< " { value }"
-    /// The value alone, as extensions show it, in the forms of `leaf_text`; a UTCTime up to its
-    /// first NUL and with a blank behind it.
-    QString printData_ex() const;
-    QString print() const;       ///< the type's name, and the length of the value's text
-    QString myprint() const;     ///< one line for each leaf below
-    void dump(int indent) const; ///< the tree's `print` texts, to standard output
+    QString printData() const;    ///< `node_texts::braced`
+    QString printData_ex() const; ///< `node_texts::value`: what extensions show
+    QString print() const;        ///< `node_texts::summary`
+    QString myprint() const;      ///< one line for each leaf below
+    void dump(int indent) const;  ///< the tree's `print` texts, to standard output
     /// The `printData` of every leaf below, depth first, in the local 8-bit encoding, each with
     /// ": " behind it.
     std::string get_basedata() const;
@@ -98,7 +95,8 @@ public:
     /// Computes the lengths of the subtree. 0 without node.
     int update();
     /// The DER of the subtree, by the lengths that `update` left; empty where a leaf has outgrown
-    /// them.
+    /// them. What is deeper than `ASN_MAX_DEPTH`, or comes behind `ASN_MAX_ELEMENTS`, is not read
+    /// back by `open`.
     QByteArray build();
     /// Replaces the content. INTEGER: an octet 0 is put before a first octet above 0x80.
     /// OBJECT IDENTIFIER: `data` is dotted text. BIT STRING: an octet 0 is put before.
@@ -112,21 +110,41 @@ public:
     /// The same for a node that can have children. Null for a tag that is not constructed.
     PXAsnBlock *addStruct(int tag);
     /// Appends the first element of `der`. Deliberate: the new child object stands for this node,
-    /// not for the new element.
+    /// not for the new element. 0 when it does not parse, when this node is a leaf, and, after it
+    /// was parsed and its lengths computed, without node. Linear in `der` and in what is below the
+    /// document.
     int addBlock(const QByteArray &der);
-    /// Deletes the child at `index`, object and node. 0 when there is none. What other objects
-    /// stood for the same node, as those that `addBlock` makes do, may not be used any more.
+    /// Ends the child at `index`, object and node. 0 when there is none of either. Linear in the
+    /// number of children; after `addBlock` or `load` in what is below the document.
     int remove(int index);
 
 protected:
     void deleteChildren();
+    /// To be called before `top`, or all below it, ends: every object of the document that stands
+    /// for such a node stands for none from now on.
+    void forgetNodes(const stASN_BLOCK_HEADER *top, bool isTopIncluded);
 
     stASN_BLOCK_HEADER *node = nullptr;
-    QList<PXAsnBlock *> listChild;
+    /// A place for each child, in order; null until its object is asked for.
+    mutable QList<PXAsnBlock *> listChild;
+    /// Of a document, or of who has none: several objects may stand for one node. All objects are
+    /// made then, as places can't follow what is changed through another object.
+    bool sharesNodes = false;
 
 private:
+    class Walk;
+
+    void addPlaces(const stASN_BLOCK_HEADER *block);
+    stASN_BLOCK_HEADER *nodeAtPlace(int index) const;
+    PXAsnBlock *childAt(int index) const;
+    void makeChildren();
+    PXAsnBlock *document();
+    void shareNodes();
     int storeData(const QByteArray &data, bool padInteger, const char *operation,
                   const int (&lines)[4]);
+
+    /// The nodes of the first places in `listChild`; empty when all objects are made.
+    std::vector<stASN_BLOCK_HEADER *> m_nodesAtPlaces;
 };
 
 /// A document: the root of a tree that it owns. `close`, the destructor, and the next `open` or

@@ -74,12 +74,16 @@ int PXAsnBlock::storeData(const QByteArray &data, bool padInteger, const char *o
     if (checkTag(ASN_TAG_BIT_STRING) ||
         (padInteger && checkTag(ASN_TAG_INTEGER) && hasHighFirstOctet))
         content.prepend('\0');
+    const bool isOctetString = checkTag(ASN_TAG_OCTET_STRING);
+    if (isOctetString) {
+        deleteChildren();
+        forgetNodes(node, false);
+    }
     const OctetView octets = viewOf(content);
     if (!ASNSetBlockData(node, octets.data, octets.size))
         return 0;
-    if (checkTag(ASN_TAG_OCTET_STRING)) {
+    if (isOctetString) {
         sendProgress(operation, lines[1], kOctetStringStart);
-        deleteChildren();
         sendProgress(operation, lines[2], kOctetStringEnd);
     }
     sendProgress(operation, lines[3], " end");
@@ -94,6 +98,9 @@ PXAsnBlock *PXAsnBlock::addSample(int tag)
     auto *child = new PXAsnBlock(this);
     child->node = ASNAddSample(static_cast<unsigned char>(tag), node);
     listChild.append(child);
+    // One without node puts places and nodes out of step.
+    if (!child->node)
+        shareNodes();
     sendProgress("addSample", 331, " end");
     return child;
 }
@@ -112,12 +119,11 @@ PXAsnBlock *PXAsnBlock::addStruct(int tag)
 
 int PXAsnBlock::addBlock(const QByteArray &der)
 {
-    if (!node)
-        return 0;
     const OctetView octets = viewOf(der);
     stASN_BLOCK_HEADER *added = ASNAddByData(node, octets.data, octets.size);
     if (!added)
         return 0;
+    const AsnBlockPtr linkedNowhere(node ? nullptr : added);
     auto child = std::make_unique<PXAsnBlock>(this);
     child->node = added;
     child->update();
@@ -130,8 +136,11 @@ int PXAsnBlock::addBlock(const QByteArray &der)
 
 int PXAsnBlock::remove(int index)
 {
-    if (index < 0 || index >= listChild.count() || !ASNRemoveChild(node, index))
+    makeChildren();
+    stASN_BLOCK_HEADER *child = ASNGetChild(node, index);
+    if (!child || index >= listChild.count())
         return 0;
     delete listChild.takeAt(index);
-    return 1;
+    forgetNodes(child, true);
+    return ASNRemoveChild(node, index);
 }

@@ -171,8 +171,50 @@ private slots:
         QCOMPARE(block.getChildCount(), 3);
         QCOMPARE(block.load(nullptr), 0);
         QCOMPARE(block.getChildCount(), 3);
+        // A loaded one keeps its child objects, and gets more.
         QCOMPARE(block.load(second.get()), 1);
-        QCOMPARE(block.getChildCount(), 1);
+        QCOMPARE(block.getChildCount(), 4);
+        QCOMPARE(block.getChild(1, 0x02)->toInt(), 2);
+        QCOMPARE(block.getChild(3, 0x02)->toInt(), 7);
+        QCOMPARE(block.children().size(), 4);
+        QCOMPARE(block.myprint(), QStringLiteral(" { 01 }\n { 02 }\n { three}\n { 07 }\n"));
+        block.release(1); // can't be made anew, so it stays
+        QCOMPARE(block.getChild(1, 0x02)->toInt(), 2);
+    }
+
+    void childrenAreMadeWhenAskedFor()
+    {
+        PXAsn document(nullptr);
+        QCOMPARE(document.open(sample()), 1);
+        std::vector<QString> values;
+        document.get_extendata(values);
+        document.myprint();
+        document.get_basedata();
+        QCOMPARE(document.getChildCount(), 3);
+        QVERIFY(document.children().isEmpty());
+        PXAsnBlock *last = document.getChild(2, 0x0C);
+        QCOMPARE(document.children(), QObjectList{last});
+        QCOMPARE(document.getChild(2, 0), last);
+        PXAsnBlock *first = document.getChild(0, 0x30);
+        QCOMPARE(document.getChild(0, 0x02), nullptr); // made all the same
+        QCOMPARE(document.children(), (QObjectList{last, first}));
+        QVERIFY(first->children().isEmpty());
+        QCOMPARE(first->getChild(0, 0)->parent(), first);
+    }
+
+    void release()
+    {
+        PXAsn document(nullptr);
+        QCOMPARE(document.open(sample()), 1);
+        const QPointer<PXAsnBlock> inner(document.getChild(0, 0x30)->getChild(0, 0x02));
+        PXAsnBlock *kept = document.getChild(1, 0x02);
+        for (const int index : {-1, 0, 3, 0})
+            document.release(index);
+        QVERIFY(!inner);
+        QCOMPARE(document.children(), QObjectList{kept});
+        QCOMPARE(document.getChildCount(), 3);
+        QCOMPARE(document.getChild(0, 0x30)->getChild(0, 0x02)->toInt(), 1);
+        QCOMPARE(document.getChild(1, 0x02), kept);
     }
 
     // A block's end leaves the nodes alone.

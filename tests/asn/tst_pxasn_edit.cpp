@@ -1,6 +1,7 @@
 #include "tests/asn/recording_core.h"
 #include "tests/asn/tree.h"
 #include "tests/support/der.h"
+#include "tests/support/printed.h"
 
 #include "asn/pxasn.h"
 
@@ -119,6 +120,8 @@ private slots:
         QCOMPARE(sent(), QStringList{kStructEnd});
         QVERIFY(!ASNAddStruct(0x04, root.get()));
         QVERIFY(ASNAddSample(0x04, root.get()));
+        const AsnBlockPtr leaf(ASNAddSample(0x04, nullptr));
+        QVERIFY(!ASNAddStruct(0x30, leaf.get())); // appended to nothing, so nothing is told
         QVERIFY(AsnBlockPtr(ASNCreateStruct(0x30, nullptr)));
         QVERIFY(parsed(sequence({sequence({})})));
         QCOMPARE(sent(), QStringList());
@@ -313,10 +316,22 @@ private slots:
         QCOMPARE(document.tree(), QStringLiteral("A3(04(02:01,02:02))"));
     }
 
+    // It is parsed, and tells so, before there turns out to be nothing to add it to.
+    void addBlockWithoutNode()
+    {
+        Shown document;
+        QCOMPARE(document.addBlock(tlv(0xA3, {})), 0);
+        QCOMPARE(sent(), (QStringList{"[update:400] start", "[update:402] end"}));
+        QCOMPARE(g_bExtend, 1);
+        QCOMPARE(document.addBlock("\xFF"), 0);
+        QCOMPARE(sent(), QStringList());
+        QCOMPARE(document.tree(), QStringLiteral("none"));
+        QVERIFY(document.children().isEmpty());
+    }
+
     void addBlockRefused()
     {
         Shown document;
-        QCOMPARE(document.addBlock(integer("01")), 0);
         QCOMPARE(document.open(sequence({integer("01")})), 1);
         sent();
         for (const QByteArray &der :
@@ -391,6 +406,102 @@ private slots:
         QVERIFY(document.addSample(0x30)); // an object without a node in the tree
         QCOMPARE(document.remove(0), 0);
         QCOMPARE(document.getChildCount(), 1);
+    }
+
+    // What other objects stood for goes with the node, and they know it.
+    void nodesThatGoAreForgotten()
+    {
+        PXAsn document(nullptr);
+        QCOMPARE(document.open(sequence({sequence({integer("01")}), integer("02")})), 1);
+        QCOMPARE(document.addBlock(integer("03")), 1);
+        const PXAsnBlock *mirror = document.getChild(2, 0x30);
+        PXAsnBlock *inner = mirror->getChild(0, 0x30)->getChild(0, 0x02);
+        QCOMPARE(document.remove(0), 1);
+        QCOMPARE(mirror->getChildCount(), 3);
+        QCOMPARE(mirror->getChild(0, 0)->print(), QStringLiteral("None"));
+        QCOMPARE(inner->type(), 0);
+        QCOMPARE(inner->setData("x"), 0);
+        QCOMPARE(mirror->getChild(1, 0x02)->toInt(), 2);
+        std::vector<QString> values;
+        document.get_extendata(values);
+        QCOMPARE(values, (std::vector<QString>{"02", "02", "03"}));
+        QCOMPARE(document.myprint(), QStringLiteral(" { 02 }\n { }\n { 02 }\n { 03 }\n"));
+        QCOMPARE(printedBy([&] { document.dump(0); }),
+                 QByteArray("SEQUENCE    INTEGER       length =7    SEQUENCE        None"
+                            "            None        INTEGER       length =7"
+                            "        INTEGER       length =7"));
+    }
+
+    void nodesThatGoThroughAnotherObjectAreForgotten()
+    {
+        PXAsn document(nullptr);
+        QCOMPARE(document.open(sequence({integer("01"), integer("02")})), 1);
+        PXAsnBlock *first = document.getChild(0, 0x02);
+        QCOMPARE(document.addBlock(integer("03")), 1);
+        QCOMPARE(document.getChild(2, 0x30)->remove(0), 1);
+        QCOMPARE(document.getChild(0, 0), first);
+        QCOMPARE(first->type(), 0);
+        QCOMPARE(document.getChild(1, 0x02)->toInt(), 2);
+        document.update();
+        QCOMPARE(document.build(), sequence({integer("02"), integer("03")}));
+    }
+
+    void dataThatEndsNodesThroughAnotherObject()
+    {
+        PXAsn document(nullptr);
+        QCOMPARE(document.open(tlv(0xA3, tlv(0x04, sequence({integer("01")})))), 1);
+        PXAsnBlock *string = document.getChild(0, 0x04);
+        QCOMPARE(string->addBlock(integer("02")), 1);
+        PXAsnBlock *mirror = string->getChild(1, 0x04);
+        QCOMPARE(mirror->getChildCount(), 2);
+        QCOMPARE(mirror->setData("ab"), 1);
+        QCOMPARE(mirror->getChildCount(), 0);
+        QCOMPARE(string->toByteArray(), QByteArray("ab"));
+        QCOMPARE(string->getChild(0, 0)->type(), 0);
+        QCOMPARE(string->getChild(1, 0x04), mirror);
+        QCOMPARE(document.myprint(), QStringLiteral(" { }\n { 61 62 }\n"));
+    }
+
+    // An addition that failed leaves an object without node, and all behind it out of step.
+    void removeBehindAFailedAddition()
+    {
+        PXAsn document(nullptr);
+        QCOMPARE(document.open(sequence({integer("01")})), 1);
+        PXAsnBlock *refused = document.addSample(0x30);
+        PXAsnBlock *second = document.addSample(0x02);
+        QCOMPARE(second->setData("\x02"), 1);
+        QCOMPARE(document.remove(1), 1);
+        QCOMPARE(document.getChildCount(), 2);
+        QCOMPARE(document.getChild(1, 0), second);
+        QVERIFY(!document.children().contains(refused));
+        QCOMPARE(second->print(), QStringLiteral("None"));
+        QCOMPARE(document.myprint(), QStringLiteral(" { 01 }\n { }\n"));
+    }
+
+    // An object that somebody made for himself is the document's as well, though in no list.
+    void anObjectOfOnesOwnIsForgotten()
+    {
+        Shown document;
+        QCOMPARE(document.open(sequence({sequence({integer("01")}), integer("02")})), 1);
+        auto *own = new PXAsnBlock(&document);
+        QCOMPARE(own->load(ASNGetChild(document.root(), 0)), 1);
+        auto *whole = new PXAsnBlock(own);
+        QCOMPARE(whole->load(document.root()), 1);
+        QCOMPARE(document.remove(0), 1);
+        QCOMPARE(own->type(), 0);
+        QCOMPARE(own->getChildCount(), 1);
+        QCOMPARE(whole->getChild(1, 0x02)->toInt(), 2);
+        document.close();
+        QCOMPARE(whole->type(), 0);
+        QCOMPARE(whole->print(), QStringLiteral("None"));
+        // Another document there is none of this one's.
+        auto *other = new Shown;
+        other->setParent(&document);
+        QCOMPARE(document.open(sequence({integer("01")})), 1);
+        QCOMPARE(other->open(sequence({integer("05")})), 1);
+        QCOMPARE(document.addBlock(integer("02")), 1);
+        QCOMPARE(document.remove(0), 1);
+        QCOMPARE(other->getChild(0, 0x02)->toInt(), 5);
     }
 
     void aWholeCertificate()

@@ -1,0 +1,129 @@
+#include "asn/asn_walk.h"
+#include "asn/pxasn.h"
+
+#include <algorithm>
+
+namespace {
+
+// Visits an object and all below it of its document, each before its children are listed.
+template <typename Visit>
+void forEachBelow(PXAsnBlock *top, const Visit &visit)
+{
+    std::vector<PXAsnBlock *> blocks = {top};
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
+        visit(*blocks[i]);
+        for (QObject *child : blocks[i]->children()) {
+            auto *block = qobject_cast<PXAsnBlock *>(child);
+            if (block && !qobject_cast<PXAsn *>(block))
+                blocks.push_back(block);
+        }
+    }
+}
+
+} // namespace
+
+// Parents come before their children in the lists, and go after them: an object that still had some
+// would end them by recursion. Siblings go front to back: each is then the first that its parent's
+// own list is searched for.
+void PXAsnBlock::deleteChildren()
+{
+    m_nodesAtPlaces.clear();
+    if (listChild.isEmpty())
+        return;
+    std::vector<QList<PXAsnBlock *>> lists(1);
+    lists.front().swap(listChild);
+    for (std::size_t i = 0; i < lists.size(); ++i) {
+        const QList<PXAsnBlock *> siblings = lists[i];
+        for (PXAsnBlock *child : siblings) {
+            if (!child || child->listChild.isEmpty())
+                continue;
+            lists.emplace_back();
+            lists.back().swap(child->listChild);
+        }
+    }
+    for (; !lists.empty(); lists.pop_back())
+        qDeleteAll(lists.back());
+}
+
+void PXAsnBlock::addPlaces(const stASN_BLOCK_HEADER *block)
+{
+    auto count = static_cast<std::size_t>(listChild.count());
+    m_nodesAtPlaces.resize(count, nullptr);
+    for (const stASN_CHILD_CELL *cell = ASNFirstCell(block); cell; cell = cell->next)
+        ++count;
+    m_nodesAtPlaces.reserve(count);
+    listChild.reserve(static_cast<int>(count));
+    for (const stASN_CHILD_CELL *cell = ASNFirstCell(block); cell; cell = cell->next) {
+        m_nodesAtPlaces.push_back(cell->child);
+        listChild.append(nullptr);
+    }
+}
+
+stASN_BLOCK_HEADER *PXAsnBlock::nodeAtPlace(int index) const
+{
+    const auto place = static_cast<std::size_t>(index);
+    return place < m_nodesAtPlaces.size() ? m_nodesAtPlaces[place] : nullptr;
+}
+
+PXAsnBlock *PXAsnBlock::childAt(int index) const
+{
+    PXAsnBlock *&child = listChild[index];
+    if (!child && nodeAtPlace(index)) {
+        child = new PXAsnBlock(const_cast<PXAsnBlock *>(this));
+        child->node = nodeAtPlace(index);
+        child->addPlaces(child->node);
+    }
+    return child;
+}
+
+void PXAsnBlock::makeChildren()
+{
+    for (int i = 0; i < static_cast<int>(m_nodesAtPlaces.size()); ++i)
+        childAt(i);
+    m_nodesAtPlaces = {};
+}
+
+void PXAsnBlock::release(int index)
+{
+    if (index < 0 || !nodeAtPlace(index))
+        return;
+    delete listChild.at(index);
+    listChild[index] = nullptr;
+}
+
+// The object that all others of the document are below.
+PXAsnBlock *PXAsnBlock::document()
+{
+    PXAsnBlock *block = this;
+    while (!qobject_cast<PXAsn *>(block)) {
+        auto *above = qobject_cast<PXAsnBlock *>(block->parent());
+        if (!above)
+            break;
+        block = above;
+    }
+    return block;
+}
+
+void PXAsnBlock::shareNodes()
+{
+    PXAsnBlock *all = document();
+    forEachBelow(all->sharesNodes ? this : all, [](PXAsnBlock &block) { block.makeChildren(); });
+    all->sharesNodes = true;
+}
+
+void PXAsnBlock::forgetNodes(const stASN_BLOCK_HEADER *top, bool isTopIncluded)
+{
+    PXAsnBlock *all = document();
+    if (!all->sharesNodes)
+        return;
+    std::vector<const stASN_BLOCK_HEADER *> ending;
+    for (AsnWalk walk(top); walk.node(); walk.next()) {
+        if (isTopIncluded || walk.node() != top)
+            ending.push_back(walk.node());
+    }
+    std::sort(ending.begin(), ending.end());
+    forEachBelow(all, [&ending](PXAsnBlock &block) {
+        if (std::binary_search(ending.begin(), ending.end(), block.node))
+            block.node = nullptr;
+    });
+}
