@@ -22,7 +22,9 @@ public:
     /// The directory that holds the trace log: the suite's own, "orvane" below the temporary
     /// directory, unless set. It is never created here.
     void setLogDirectory(const QDir &directory);
+    /// Borrowed, as in the constructor; null takes calls away.
     void setTarget(QObject *target);
+    /// What was given, and not known to live still.
     QObject *target() const;
 
     /// Calls the first method named `methodName` (blanks around it are ignored; overloads are not
@@ -31,8 +33,10 @@ public:
     /// one argument value, in the method's parameter order. Count and pointed-to types are trusted.
     ///
     /// Nothing is reported: without a target, with an unknown method, or with a parameter type
-    /// that is not accepted, `*result` stays as the caller preset it.
+    /// that is not accepted, `*result` stays as the caller preset it. A call compares the names of
+    /// all the target's methods and writes a handful of log lines: for what is rare.
     void invokeHelper(const QString &methodName, void *result, ...);
+    /// The same with a list that the caller started and will end; how far it was read is not told.
     void invokeHelperV(const QString &methodName, void *result, va_list args);
 
     /// Appends one line "hh:mm:ss: message" to "tessera_core.log" in the log directory. It does

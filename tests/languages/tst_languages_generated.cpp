@@ -76,7 +76,7 @@ QByteArray TestLanguagesGenerated::complaintOf(const QStringList &arguments) con
     QProcess process;
     process.start(path(kScript), arguments);
     const bool ended = process.waitForFinished() && process.exitStatus() == QProcess::NormalExit;
-    const QByteArray complaint = process.readAllStandardError();
+    QByteArray complaint = process.readAllStandardError();
     if (ended && (process.exitCode() == 0) == complaint.isEmpty())
         return complaint;
     return "neither content nor a complaint: " + process.errorString().toUtf8() + complaint;
