@@ -2,6 +2,7 @@
 
 #include "app/look/focus_mark.h"
 #include "app/look/program_look.h"
+#include "app/look/window_shape.h"
 #include "app/look/window_style.h"
 #include "app/popup_escape.h"
 #include "app/table_keys.h"
@@ -129,6 +130,7 @@ void MainWindow::setUpFrame()
     setAttribute(Qt::WA_TranslucentBackground, true);
     m_background.load(QStringLiteral(":/img/res/background.png"));
     m_centerRect = backgroundCentre();
+    new WindowShape(this);
 }
 
 void MainWindow::setUpLabels()

@@ -1,10 +1,13 @@
 #include "app/look/program_look.h"
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFont>
+#include <QPainter>
 #include <QPalette>
 #include <QProxyStyle>
 #include <QStringList>
+#include <QStyleOption>
 #include <QToolTip>
 
 namespace program_look {
@@ -49,6 +52,20 @@ QPalette lightPalette()
     return palette;
 }
 
+// A rectangle's edges, a pixel wide, as areas: an area that is a pixel wide is there at every scale,
+// while the toolkit's lines, at fractional ones, fall on their neighbours' side.
+void fillEdges(QPainter *painter, const QRect &rect, const QColor &color)
+{
+    const QRect edges[] = {
+        {rect.left(), rect.top(), rect.width(), 1},
+        {rect.left(), rect.bottom(), rect.width(), 1},
+        {rect.left(), rect.top(), 1, rect.height()},
+        {rect.right(), rect.top(), 1, rect.height()},
+    };
+    for (const QRect &edge : edges)
+        painter->fillRect(edge, color);
+}
+
 // The window marks the focus itself, in one way for all its controls.
 class SkinStyle : public QProxyStyle
 {
@@ -61,8 +78,20 @@ public:
     void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
                        const QWidget *widget) const override
     {
-        if (element != PE_FrameFocusRect)
+        if (element == PE_Frame && qobject_cast<const QAbstractScrollArea *>(widget))
+            fillEdges(painter, option->rect, QColor(0xc5, 0xc5, 0xc5));
+        else if (element != PE_FrameFocusRect)
             QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+
+    void drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
+                     const QWidget *widget) const override
+    {
+        const auto *frame = qstyleoption_cast<const QStyleOptionFrame *>(option);
+        if (element == CE_ShapedFrame && frame && frame->frameShape == QFrame::HLine)
+            painter->fillRect(option->rect, option->palette.windowText());
+        else
+            QProxyStyle::drawControl(element, option, painter, widget);
     }
 };
 

@@ -1,3 +1,4 @@
+#include "tests/app/compositor.h"
 #include "tests/app/widgets.h"
 
 #include <QClipboard>
@@ -64,6 +65,7 @@ struct OnScreen
 {
     OnScreen()
     {
+        desktop.claimToCompose(); // so that the window reaches to its shadow's end
         window.result_detail({row("Version", "V3", "V3", 0), row("Name", "n", "the name", 0),
                               row("Usage", "u", "all usages", 1),
                               row("Name", "m", "another name", 1)});
@@ -108,6 +110,7 @@ struct OnScreen
             table->visualRect(table->model()->index(row, column)).center());
     }
 
+    OtherClient desktop;
     MainWindow window;
     QTabWidget *tabs = child<QTabWidget>(window, "tabWidget");
     QTableWidget *table = child<QTableWidget>(window, "tableWidget_detailinfo");
