@@ -1,12 +1,13 @@
 #include "app/descriptors.h"
 #include "app/instance/qtsingleapplication.h"
 #include "app/look/program_look.h"
+#include "app/look/screen_scale.h"
 #include "app/look/window_style.h"
 #include "app/mainwindow.h"
 #include "core/px_core_manager.h"
-#include "util/qt_compat.h"
 
 #include <csignal>
+#include <optional>
 #include <QDir>
 #include <QIcon>
 #include <QScreen>
@@ -22,12 +23,14 @@ int main(int argc, char *argv[])
     std::signal(SIGPIPE, SIG_IGN);
     startDirectory();
     program_look::chooseDisplay();
-    followDesktopScale();
-    QtSingleApplication application(QStringLiteral("PXViewCertTool   master application"), argc,
-                                    argv);
-    if (application.isRunning()) {
+    ScreenScale scale({window_style::kWidth, window_style::kHeight});
+    std::optional<QtSingleApplication> application;
+    do
+        application.emplace(QStringLiteral("PXViewCertTool   master application"), argc, argv);
+    while (scale.isWrong());
+    if (application->isRunning()) {
         qDebug("this is already running");
-        application.sendMessage(QStringLiteral("raise_window_noop"), 4000);
+        application->sendMessage(QStringLiteral("raise_window_noop"), 4000);
         return 0;
     }
     // Deliberate: nobody listens to messageReceived; the running window is not raised.

@@ -52,8 +52,8 @@ QPalette lightPalette()
     return palette;
 }
 
-// A rectangle's edges, a pixel wide, as areas: an area that is a pixel wide is there at every scale,
-// while the toolkit's lines, at fractional ones, fall on their neighbours' side.
+// A rectangle's edges, a pixel wide, as areas: an area that is a pixel wide is there at every
+// scale, while the toolkit's lines, at fractional ones, fall on their neighbours' side.
 void fillEdges(QPainter *painter, const QRect &rect, const QColor &color)
 {
     const QRect edges[] = {

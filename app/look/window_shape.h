@@ -4,6 +4,7 @@
 #include <QObject>
 
 class QWidget;
+class XDisplay;
 
 /// Gives a translucent window the shape of what is opaque of it while nobody composes the desktop,
 /// where everything else would be black; takes the shape away when a compositor starts. Has an
@@ -23,8 +24,7 @@ private:
     void begin();
     void follow();
 
-    class Display;
-    std::unique_ptr<Display> m_display; ///< none before the window is shown, and none but X11's
+    std::unique_ptr<XDisplay> m_display; ///< none before the window is shown, and none but X11's
     QWidget *m_window;
     bool m_shaped = false;
 };

@@ -145,8 +145,6 @@ private slots:
     void withoutLanguageFile();
     void textsPassThroughTheLocale();
     void darkDesktop();
-    void scaledDesktop();
-    void desktopOfDoubleResolution();
     void displayChoice_data();
     void displayChoice();
 };
@@ -626,30 +624,6 @@ void TestAppProcess::darkDesktop()
     dark.environment.insert(QStringLiteral("KDE_SESSION_VERSION"), QStringLiteral("5"));
     dark.environment.insert(QStringLiteral("QT_STYLE_OVERRIDE"), QStringLiteral("windows"));
     QCOMPARE(look(dark), light);
-}
-
-void TestAppProcess::scaledDesktop()
-{
-    ViewerTree tree;
-    tree.environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QStringLiteral("1.5"));
-    Program program(tree, kViewer, {example("server.pem")});
-    QCOMPARE(Program::place(program.window()).size(), QSize(654, 1046));
-}
-
-// A desktop tells its scale by the resolution of its fonts.
-void TestAppProcess::desktopOfDoubleResolution()
-{
-    const auto xprop = [](const QString &arguments) {
-        return QProcess::execute(QStringLiteral("xprop"), arguments.split(QLatin1Char(' ')));
-    };
-    QCOMPARE(
-        xprop(QStringLiteral("-root -f RESOURCE_MANAGER 8s -set RESOURCE_MANAGER Xft.dpi:\t192\n")),
-        0);
-    const ViewerTree tree;
-    Program program(tree, kViewer, {example("server.pem")});
-    const QString window = program.window();
-    xprop(QStringLiteral("-root -remove RESOURCE_MANAGER"));
-    QCOMPARE(Program::place(window).size(), QSize(872, 1394));
 }
 
 void TestAppProcess::displayChoice_data()
