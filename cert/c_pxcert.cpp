@@ -1,7 +1,7 @@
 #include "cert/c_pxcert.h"
 
 #include "asn/pxasn.h"
-#include "cert/cert_file.h"
+#include "cert/certificate_input.h"
 #include "util/c_util.h"
 
 #include <QDebug>
@@ -33,34 +33,24 @@ bool c_pxcert::loadfile(const char *path)
     QByteArray content;
     if (!c_util().readfile(path, content) || content.isEmpty())
         return false;
-    parse_cert(cert_file::certificateOctets(content));
+    parse_cert(certificate_input::certificateOctets(content));
     return true;
 }
 
 // By value, as published. NOLINTNEXTLINE(performance-unnecessary-value-param)
 bool c_pxcert::parse_cert(QByteArray certificate)
 {
-    PXAsn asReceived(nullptr);
-    asReceived.open(certificate);
-    PXAsn fromArmour(nullptr);
-    PXAsn *document = &asReceived;
-    // PEM text opens "successfully" as well, as something else: only a SEQUENCE is a certificate.
-    if (!asReceived.checkTag(ASN_TAG_SEQUENCE)) {
-        const QByteArray block = cert_file::firstArmouredBlock(certificate);
-        if (!block.isEmpty()) {
-            fromArmour.open(block);
-            document = &fromArmour;
-        }
-    }
+    PXAsn document(nullptr);
+    certificate_input::open(document, certificate);
 
-    parseTBSCertificate_basedata(document);
-    PXAsnBlock *tbs = document->getChild(kTbsCertificate, 0);
+    parseTBSCertificate_basedata(&document);
+    PXAsnBlock *tbs = document.getChild(kTbsCertificate, 0);
     if (tbs && tbs->getChildCount() > kFieldsWithoutExtensions)
         parseTBSCertificate_extendata(tbs->getChild(kExtensions, 0));
     qDebug() << "parse cert end";
 
-    emit result_normal(statusBlock(), 0);
-    emit result_normal(identityBlock(), 1);
+    emit result_normal(statusBlock(), StatusBlock);
+    emit result_normal(identityBlock(), IdentityBlock);
     emit result_detail(m_rows);
     qDebug() << "parse cert end2";
     return true;
@@ -79,5 +69,5 @@ void c_pxcert::sendmsg(const QString &, const QString &) {}
 
 void c_pxcert::add_node(const QString &name, const QString &value)
 {
-    m_rows.push_back({name, value, value, 0});
+    m_rows.push_back({name, value, value, detail_node::BasicField});
 }

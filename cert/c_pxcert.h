@@ -17,20 +17,29 @@ class PXAsnBlock;
 ///
 /// One object serves one certificate: a second parse adds its rows after the first's. Whatever
 /// arrives, nothing is thrown; a certificate that decodes in part gives the rows made so far.
+/// Blocks that are handed in are borrowed for the call. Time and memory are linear in the
+/// certificate's octets; values are kept as UTF-16, and most octets as two or three hexadecimal
+/// digits each.
+///
+/// GUI thread only.
 class c_pxcert : public QObject
 {
     Q_OBJECT
 
 public:
+    /// The two blocks of the summary, by the numbers that `result_normal` gives them.
+    enum Block { StatusBlock = 0, IdentityBlock = 1 };
+
     explicit c_pxcert(QObject *parent);
 
-    /// Reads the file (PEM or DER) and parses it. False, with nothing emitted, when the file can't
-    /// be read, is empty or is too large; true otherwise, whatever the parse found. `path` is in
-    /// the encoding of the file system.
+    /// Reads the file (PEM or DER, see `certificate_input`) and parses it. False, with nothing
+    /// emitted, when the file can't be read, is empty or is too large (`c_util::kMaxFileSize`);
+    /// true otherwise, whatever the parse found. `path` is in the encoding of the file system.
     bool loadfile(const char *path);
 
-    /// Parses a certificate (DER, base64 or PEM) and emits both summary blocks and the rows.
-    /// Always true.
+    /// Certificate ::= SEQUENCE { tbsCertificate, signatureAlgorithm, signatureValue } (RFC 5280,
+    /// 4.1), of which the first alone is read. Parses a certificate (DER, base64 or PEM) and emits
+    /// the status block, the identity block and all rows, in this order. Always true.
     bool parse_cert(QByteArray certificate);
 
     /// Whether now lies within the validity period, both bounds included, compared to the second
@@ -42,53 +51,58 @@ public:
     void sendmsg(const QString &first, const QString &second);
 
     /// Version to subject public key info of the document's TBSCertificate (RFC 5280, 4.1.2).
-    /// False at the first field that can't be read; rows made before stay.
+    /// False at the first field that can't be read, or for null; rows made before stay.
     bool parseTBSCertificate_basedata(PXAsnBlock *document);
 
-    /// One AttributeTypeAndValue (RFC 5280, 4.1.2.4) of the issuer or the subject. `line` receives
-    /// "name= value", `value` the value. False when type or value can't be read.
+    /// AttributeTypeAndValue ::= SEQUENCE { type OBJECT IDENTIFIER, value ANY } (RFC 5280, 4.1.2.4)
+    /// of the issuer or the subject. `line` receives "name= value", `value` the value; a common
+    /// name or an organization is kept for the summary, the last of each. False, with nothing
+    /// received, for null and when type or value is missing.
     bool parseTBSIssuer(PXAsnBlock *attribute, QString &line, QString &value);
     bool parseTBSSubject(PXAsnBlock *attribute, QString &line, QString &value);
 
-    /// "YYMMDDhhmmssZ" and "YYYYMMDDhhmmssZ" (RFC 5280, 4.1.2.5) as a UTC date-time eight hours
-    /// later than written. A text of another length gives a null date-time, one with impossible
-    /// fields an invalid one.
+    /// "YYMMDDhhmmssZ" (below 50 is 20YY) and "YYYYMMDDhhmmssZ" (RFC 5280, 4.1.2.5) as a UTC
+    /// date-time. Deliberate: it is eight hours later than written. A text of another length gives
+    /// a null date-time, one with impossible fields an invalid one.
     static QDateTime fromUTCTime(const QString &text);
     static QDateTime fromGeneralizedTime(const QString &text);
 
-    /// A row of kind 1 for every extension below the [3] wrapper (RFC 5280, 4.1.2.9). False for
-    /// null or at the first extension that can't be read; rows made before stay.
+    /// extensions [3] EXPLICIT SEQUENCE OF Extension (RFC 5280, 4.1.2.9): a row for every extension
+    /// below the wrapper `extensions`. False for null or at the first extension that can't be read;
+    /// rows made before stay.
     bool parseTBSCertificate_extendata(PXAsnBlock *extensions);
+
+    // The wording of extensions; `extension_texts` holds the productions. The lists that are handed
+    // in stay as they are.
 
     /// The text of an extension named `name`, from its values in the order they stand.
     QString make_certnode(const QString &name, std::vector<QString> &values);
 
-    /// The texts of certificate policies and of CRL distribution points, grouped by level.
+    /// The texts of certificate policies and of CRL distribution points, grouped by level. The
+    /// policies' names are added to the purposes that the status block lists.
     QString make_certnode_certpolicy(std::vector<certpolicy> &items);
     QString make_certnode_crlpoint(std::vector<certpolicy> &items);
 
-    /// The block of one policy: identifier, then qualifier id and qualifier in pairs.
+    /// The block of one policy, and of one distribution point; `index` is its number.
     QString make_single_certpolicy(int index, std::vector<QString> &values);
-
-    /// The block of one distribution point: URL, then attribute name and value of the CRL issuer in
-    /// pairs.
     QString make_single_crlpoint(int index, std::vector<QString> &values);
 
-    /// The names of the bits that are set. The low octet of `bits` is the BIT STRING's first octet
-    /// (bit 0 is 0x80), the next its second.
+    /// The names of the bits that are set, joined with ",". The low octet of `bits` is the BIT
+    /// STRING's first octet (bit 0 is 0x80), the next its second.
     QString get_keyusage(int bits);
     QString get_ns_cert_type(int bits);
 
-    /// Appends a row of kind 0 whose full value is its value.
+    /// Appends a row of a basic field whose full value is its value.
     void add_node(const QString &name, const QString &value);
 
 signals:
     // The order is published: a signal's index follows it.
-    void result_detail(std::vector<detail_node> rows);
-    void result_normal(QString text, int block); ///< block 0 is the status, 1 the identity
+    void result_detail(std::vector<detail_node> rows); ///< a copy of all rows
+    void result_normal(QString text, int block);       ///< `block` is a `Block`
 
 private:
     using AttributeParser = bool (c_pxcert::*)(PXAsnBlock *, QString &, QString &);
+    class ExtensionNames;
 
     // One field of the TBSCertificate each; a null block is a missing field.
     bool readVersion(PXAsnBlock *tbs, int &next); ///< `next`: the index of the field after it
@@ -100,6 +114,10 @@ private:
     bool readPublicKey(PXAsnBlock *keyInfo);
     bool parseAttribute(PXAsnBlock *attribute, QString &line, QString &value, QString &commonName,
                         QString &organization);
+
+    /// One extension: a row, and its purposes; neither when it has no identifier.
+    bool readExtension(const PXAsnBlock &extension, const ExtensionNames &names);
+    void addPurposes(const std::vector<QString> &purposes);
 
     QString statusBlock() const;
     QString identityBlock() const;

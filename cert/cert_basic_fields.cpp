@@ -153,8 +153,8 @@ bool c_pxcert::readName(PXAsnBlock *name, const char *field, QLatin1String rowKe
             values.prepend(value);
         }
     }
-    m_rows.push_back(
-        {texts::shown(rowKey), values.join(QLatin1Char(',')), lines.join(QString()), 0});
+    m_rows.push_back({texts::shown(rowKey), values.join(QLatin1Char(',')), lines.join(QString()),
+                      detail_node::BasicField});
     return true;
 }
 
@@ -258,8 +258,8 @@ bool c_pxcert::readPublicKey(PXAsnBlock *keyInfo)
     QByteArray hex = m_publicKey.toHex(' ').toUpper();
     if (!hex.isEmpty())
         hex += ' ';
-    m_rows.push_back(
-        {texts::shown(text_keys::kPublicKey), m_publicKeyAlgorithm, QString::fromLatin1(hex), 0});
+    m_rows.push_back({texts::shown(text_keys::kPublicKey), m_publicKeyAlgorithm,
+                      QString::fromLatin1(hex), detail_node::BasicField});
     if (!m_publicKeyParameter.isEmpty())
         add_node(texts::shown(text_keys::kPublicKeyParameters), m_publicKeyParameter);
     return true;

@@ -4,7 +4,7 @@
 #include "tests/support/ordinary_user.h"
 #include "tests/support/printed.h"
 
-#include "cert/cert_file.h"
+#include "cert/certificate_input.h"
 
 #include <fcntl.h>
 #include <QFile>
@@ -72,20 +72,20 @@ private slots:
 
     void binaryInputGetsOneZeroOctetMore()
     {
-        QCOMPARE(cert_file::certificateOctets("0\x03\x02\x01"), QByteArray("0\x03\x02\x01\0", 5));
-        QCOMPARE(cert_file::certificateOctets(QByteArray("0\0x", 3)), QByteArray("0\0x\0", 4));
+        QCOMPARE(certificate_input::certificateOctets("0\x03\x02\x01"), QByteArray("0\x03\x02\x01\0", 5));
+        QCOMPARE(certificate_input::certificateOctets(QByteArray("0\0x", 3)), QByteArray("0\0x\0", 4));
     }
 
     void firstArmouredBlock()
     {
         const QByteArray certificate = Certificate().encoded();
-        QCOMPARE(cert_file::firstArmouredBlock("x\n" + armour(certificate) + armour("other")),
+        QCOMPARE(certificate_input::firstArmouredBlock("x\n" + armour(certificate) + armour("other")),
                  certificate);
-        QCOMPARE(cert_file::firstArmouredBlock("-----BEGIN CERTIFICATE-----\nMAA="), QByteArray());
-        QCOMPARE(cert_file::firstArmouredBlock(
+        QCOMPARE(certificate_input::firstArmouredBlock("-----BEGIN CERTIFICATE-----\nMAA="), QByteArray());
+        QCOMPARE(certificate_input::firstArmouredBlock(
                      "-----END CERTIFICATE-----\n-----BEGIN CERTIFICATE-----\nMAA=\n"),
                  QByteArray());
-        QCOMPARE(cert_file::firstArmouredBlock({}), QByteArray());
+        QCOMPARE(certificate_input::firstArmouredBlock({}), QByteArray());
     }
 
     void unreadablePlacesAreRefusedAtOnce()

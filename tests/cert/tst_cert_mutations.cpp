@@ -1,6 +1,6 @@
 #include "tests/cert/parsed.h"
 
-#include "cert/cert_file.h"
+#include "cert/certificate_input.h"
 
 #include <QDir>
 #include <QFile>
@@ -50,7 +50,7 @@ private slots:
             const QStringList names = QDir(folder).entryList({QStringLiteral("*.pem")});
             for (const QString &name : names)
                 QTest::newRow(qPrintable(name))
-                    << cert_file::certificateOctets(contentOf(folder + QLatin1Char('/') + name));
+                    << certificate_input::certificateOctets(contentOf(folder + QLatin1Char('/') + name));
         }
     }
     void damaged()

@@ -1,12 +1,12 @@
-#include "cert/cert_file.h"
+#include "cert/certificate_input.h"
 
-#include "asn/asn_block.h"
+#include "asn/pxasn.h"
 
 #include <algorithm>
 #include <QList>
 #include <QString>
 
-namespace cert_file {
+namespace certificate_input {
 namespace {
 
 constexpr const char *kBeginLine = "-----BEGIN CERTIFICATE-----";
@@ -57,6 +57,18 @@ QByteArray certificateOctets(const QByteArray &fileContent)
     return isOneSequence(block) ? block : octets;
 }
 
+void open(PXAsn &document, const QByteArray &certificate)
+{
+    document.open(certificate);
+    if (document.checkTag(ASN_TAG_SEQUENCE))
+        return;
+    const QByteArray block = firstArmouredBlock(certificate);
+    if (block.isEmpty())
+        return;
+    document.close();
+    document.open(block);
+}
+
 QByteArray firstArmouredBlock(const QByteArray &text)
 {
     const auto begin = text.indexOf(kBeginLine);
@@ -74,4 +86,4 @@ QByteArray firstArmouredBlock(const QByteArray &text)
     return decodeBase64(base64);
 }
 
-} // namespace cert_file
+} // namespace certificate_input

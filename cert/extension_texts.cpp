@@ -1,0 +1,296 @@
+#include "cert/extension_texts.h"
+
+#include "util/c_language.h"
+
+#include <algorithm>
+
+namespace extension_texts {
+namespace {
+
+QString languageText(const QString &key)
+{
+    return c_language::GetLangPtr()->GetValue(key);
+}
+
+// A critical flag stands before the extension's own values, flattened from its BOOLEAN.
+bool isFlag(const QString &value)
+{
+    return value == QLatin1String("FF") || value == QLatin1String("00");
+}
+
+Values::const_iterator afterCriticalFlag(const Values &values)
+{
+    const bool flagged = !values.empty() && isFlag(values.front());
+    return values.begin() + (flagged ? 1 : 0);
+}
+
+QString withoutWhiteSpace(QString text)
+{
+    const auto end = std::remove_if(text.begin(), text.end(), [](QChar c) { return c.isSpace(); });
+    text.truncate(static_cast<int>(end - text.begin()));
+    return text;
+}
+
+QString firstOf(const Values &values)
+{
+    return values.empty() ? QString() : values.front();
+}
+
+struct FlagName
+{
+    int bit;
+    const char *text;
+};
+
+// Deliberate: Key Encipherment stands before Non-Repudiation.
+constexpr FlagName kKeyUsageNames[] = {
+    {0x80, "Digital Signature,"},
+    {0x20, "Key Encipherment,"},
+    {0x40, "Non-Repudiation,"},
+    {0x10, "Data Encipherment,"},
+    {0x08, "Key Agreement,"},
+    {0x04, "Certificate Signing,"},
+    {0x02, "Off_line CRL Signing, CRL Signing,"},
+    {0x01, "Encipher Only,"},
+    {0x8000, "Decipher Only,"},
+};
+
+constexpr FlagName kNetscapeTypeNames[] = {
+    {0x01, "Object Signing CA,"}, {0x02, "Email CA,"}, {0x04, "SSL CA,"},     {0x08, "Reserved,"},
+    {0x10, "Object Signing,"},    {0x20, "Email,"},    {0x40, "SSL Server,"}, {0x80, "SSL Client,"},
+};
+
+template <std::size_t Size>
+QString namesOfBits(int bits, const FlagName (&flags)[Size])
+{
+    QString text;
+    for (const FlagName &flag : flags) {
+        if (bits & flag.bit)
+            text += QLatin1String(flag.text);
+    }
+    text.chop(1);
+    return text;
+}
+
+// The flags of the last value, a BIT STRING that was flattened as "unused-bits first-octet
+// second-octet ..."; the first octet becomes the low one.
+int bitsOf(const Values &values)
+{
+    const QByteArray octets =
+        values.empty() ? QByteArray() : QByteArray::fromHex(values.back().toLatin1());
+    const auto octet = [&](int i) {
+        return i < octets.size() ? static_cast<unsigned char>(octets.at(i)) : 0;
+    };
+    return octet(1) | octet(2) << 8;
+}
+
+// Some types are flattened as characters with blanks between them: "a b c".
+bool isSpacedOut(const QString &value)
+{
+    if (value.size() < 3 || value.size() % 2 == 0)
+        return false;
+    for (int i = 1; i < value.size(); i += 2) {
+        if (value.at(i) != QLatin1Char(' '))
+            return false;
+    }
+    return true;
+}
+
+QString everySecondCharacter(const QString &value)
+{
+    QString text;
+    text.reserve(value.size() / 2 + 1);
+    for (int i = 0; i < value.size(); i += 2)
+        text += value.at(i);
+    return text;
+}
+
+QString closedUp(const QString &value)
+{
+    return isSpacedOut(value) ? everySecondCharacter(value) : value;
+}
+
+// A serial number comes as the octets' hexadecimal text or, from four octets on, as characters.
+QString serialText(const QString &value)
+{
+    constexpr int kShortestCharacterForm = 7;
+    if (value.size() % 2 == 0 || value.size() < kShortestCharacterForm)
+        return value;
+    return QString::fromLatin1(everySecondCharacter(value).toLatin1().toHex(' ').toUpper());
+}
+
+// A line for each pair of attribute name and value; an odd one stands alone on its line.
+QString attributeLines(Values::const_iterator value, Values::const_iterator end)
+{
+    const QString indent(8, QLatin1Char(' '));
+    QString text;
+    while (value != end) {
+        text += indent + languageText(closedUp(*value++));
+        if (value != end)
+            text += QLatin1Char('=') + closedUp(*value++);
+        text += QLatin1Char('\n');
+    }
+    return text;
+}
+
+int lowestLevel(const Items &items)
+{
+    const auto byLevel = [](const certpolicy &a, const certpolicy &b) { return a.level < b.level; };
+    return std::min_element(items.begin(), items.end(), byLevel)->level;
+}
+
+// Calls `take(texts)` for each group of items: one at the lowest level starts a group, and those
+// below it belong to it. Items before the first such one belong to a group that an empty text
+// heads.
+template <typename Take>
+void eachGroup(const Items &items, const Take &take)
+{
+    if (items.empty())
+        return;
+    const int lowest = lowestLevel(items);
+    Values group;
+    if (items.front().level != lowest)
+        group.push_back(throughLocal8Bit(languageText(QString())));
+    for (const certpolicy &item : items) {
+        if (item.level == lowest && !group.empty()) {
+            take(group);
+            group.clear();
+        }
+        group.push_back(throughLocal8Bit(languageText(item.text)));
+    }
+    take(group);
+}
+
+} // namespace
+
+QString keyUsage(const Values &values)
+{
+    return keyUsageNames(bitsOf(values));
+}
+
+QString netscapeType(const Values &values)
+{
+    return netscapeTypeNames(bitsOf(values));
+}
+
+QString keyUsageNames(int bits)
+{
+    return namesOfBits(bits, kKeyUsageNames);
+}
+
+QString netscapeTypeNames(int bits)
+{
+    return namesOfBits(bits, kNetscapeTypeNames);
+}
+
+QString basicConstraints(const Values &values)
+{
+    const bool alone = values.size() < 2;
+    const QString flag = alone ? firstOf(values) : values[1];
+    const QString subject = flag == QLatin1String("FF")
+                                ? QStringLiteral("Subject Type=CA\n")
+                                : QStringLiteral("Subject Type=End Entity\n");
+    if (alone)
+        return subject + QLatin1String("Path Length Constraint=None");
+    return values.size() > 2
+               ? subject + QStringLiteral("Path Length Constraint=%1\n").arg(values[2])
+               : subject;
+}
+
+QString alternativeName(const Values &values)
+{
+    QString text;
+    for (const QString &value : values)
+        text += QLatin1String("DNS Name=") + withoutWhiteSpace(value) + QLatin1Char('\n');
+    return text;
+}
+
+QString accessInfo(const Values &values)
+{
+    QString text;
+    int number = 0;
+    for (auto value = afterCriticalFlag(values); value != values.end();) {
+        const QString method = languageText(*value++);
+        const QString url = value != values.end() ? withoutWhiteSpace(*value++) : QString();
+        text += QStringLiteral("[%1]Authority Info Access\n    Access Method=%2\n")
+                    .arg(QString::number(++number), method) +
+                QStringLiteral("    Alternative Name:\n        URL=%1\n").arg(url);
+    }
+    return text;
+}
+
+QString authorityKey(const Values &values)
+{
+    const auto keyIdentifier = afterCriticalFlag(values);
+    if (keyIdentifier == values.end())
+        return {};
+    const QString text = QLatin1String("KeyID=") + *keyIdentifier + QLatin1Char('\n');
+    const auto issuer = keyIdentifier + 1;
+    if (issuer == values.end())
+        return text;
+    const auto serial = values.end() - 1;
+    return text + QLatin1String("Certificate Issuer:\n    Directory Address:\n") +
+           attributeLines(issuer, serial) + QLatin1String("Certificate SerialNumber=") +
+           serialText(*serial);
+}
+
+QString anyOther(const Values &values)
+{
+    QString text;
+    for (const QString &value : values)
+        text += languageText(value) + QLatin1Char('\n');
+    return text;
+}
+
+Said policies(const Items &items)
+{
+    Said said;
+    eachGroup(items, [&](const Values &policy) {
+        said.purposes.push_back(policy.front());
+        said.text += policyBlock(static_cast<int>(said.purposes.size()), policy);
+    });
+    said.text = said.text.trimmed();
+    return said;
+}
+
+Said distributionPoints(const Items &items)
+{
+    QString text;
+    int number = 0;
+    eachGroup(items, [&](const Values &point) { text += distributionPointBlock(++number, point); });
+    return {text.trimmed(), {}};
+}
+
+QString policyBlock(int number, const Values &values)
+{
+    const QString policy = QString::number(number);
+    QString text = QStringLiteral("[%1]Certificate Policy:\n    Policy Identifier=%2\n")
+                       .arg(policy, firstOf(values));
+    for (std::size_t j = 1; j < values.size(); ++j) {
+        if (j % 2 == 1)
+            text += QStringLiteral("    [%1,%2]Policy Qualifier Info:\n"
+                                   "        Policy Qualifier Id=%3\n")
+                        .arg(policy, QString::number(j / 2 + 1), values[j]);
+        else
+            text += QStringLiteral("        Qualifier:\n               %1\n")
+                        .arg(withoutWhiteSpace(values[j]));
+    }
+    return text;
+}
+
+QString distributionPointBlock(int number, const Values &values)
+{
+    constexpr std::size_t kUrlAndOnePair = 3;
+    QString text = QStringLiteral("[%1]CRL Distribution Point\n    Distribution Point Name:\n"
+                                  "        Full Name:\nURL=%2\n")
+                       .arg(QString::number(number), firstOf(values));
+    if (values.size() < kUrlAndOnePair)
+        return text;
+    text += QLatin1String("   CRL Issuer:\n       Directory Address:\n");
+    const QString indent(12, QLatin1Char(' '));
+    for (std::size_t j = 1; j + 1 < values.size(); j += 2)
+        text += indent + values[j] + QLatin1Char('=') + values[j + 1] + QLatin1Char('\n');
+    return text;
+}
+
+} // namespace extension_texts
