@@ -1,5 +1,6 @@
 #include "cert/extension_texts.h"
 
+#include "asn/leaf_text.h"
 #include "util/c_language.h"
 
 #include <algorithm>
@@ -72,51 +73,10 @@ QString namesOfBits(int bits, const FlagName (&flags)[Size])
     return text;
 }
 
-// The flags of the last value, a BIT STRING that was flattened as "unused-bits first-octet
-// second-octet ..."; the first octet becomes the low one.
-int bitsOf(const Values &values)
+// A critical flag may stand before the BIT STRING.
+int flagsOf(const Values &values)
 {
-    const QByteArray octets =
-        values.empty() ? QByteArray() : QByteArray::fromHex(values.back().toLatin1());
-    const auto octet = [&](int i) {
-        return i < octets.size() ? static_cast<unsigned char>(octets.at(i)) : 0;
-    };
-    return octet(1) | octet(2) << 8;
-}
-
-// Some types are flattened as characters with blanks between them: "a b c".
-bool isSpacedOut(const QString &value)
-{
-    if (value.size() < 3 || value.size() % 2 == 0)
-        return false;
-    for (int i = 1; i < value.size(); i += 2) {
-        if (value.at(i) != QLatin1Char(' '))
-            return false;
-    }
-    return true;
-}
-
-QString everySecondCharacter(const QString &value)
-{
-    QString text;
-    text.reserve(value.size() / 2 + 1);
-    for (int i = 0; i < value.size(); i += 2)
-        text += value.at(i);
-    return text;
-}
-
-QString closedUp(const QString &value)
-{
-    return isSpacedOut(value) ? everySecondCharacter(value) : value;
-}
-
-// A serial number comes as the octets' hexadecimal text or, from four octets on, as characters.
-QString serialText(const QString &value)
-{
-    constexpr int kShortestCharacterForm = 7;
-    if (value.size() % 2 == 0 || value.size() < kShortestCharacterForm)
-        return value;
-    return QString::fromLatin1(everySecondCharacter(value).toLatin1().toHex(' ').toUpper());
+    return values.empty() ? 0 : leaf_text::flags(values.back());
 }
 
 // A line for each pair of attribute name and value; an odd one stands alone on its line.
@@ -125,9 +85,9 @@ QString attributeLines(Values::const_iterator value, Values::const_iterator end)
     const QString indent(8, QLatin1Char(' '));
     QString text;
     while (value != end) {
-        text += indent + languageText(closedUp(*value++));
+        text += indent + languageText(leaf_text::closedUp(*value++));
         if (value != end)
-            text += QLatin1Char('=') + closedUp(*value++);
+            text += QLatin1Char('=') + leaf_text::closedUp(*value++);
         text += QLatin1Char('\n');
     }
     return text;
@@ -165,12 +125,12 @@ void eachGroup(const Items &items, const Take &take)
 
 QString keyUsage(const Values &values)
 {
-    return keyUsageNames(bitsOf(values));
+    return keyUsageNames(flagsOf(values));
 }
 
 QString netscapeType(const Values &values)
 {
-    return netscapeTypeNames(bitsOf(values));
+    return netscapeTypeNames(flagsOf(values));
 }
 
 QString keyUsageNames(int bits)
@@ -231,7 +191,7 @@ QString authorityKey(const Values &values)
     const auto serial = values.end() - 1;
     return text + QLatin1String("Certificate Issuer:\n    Directory Address:\n") +
            attributeLines(issuer, serial) + QLatin1String("Certificate SerialNumber=") +
-           serialText(*serial);
+           leaf_text::asHex(*serial);
 }
 
 QString anyOther(const Values &values)

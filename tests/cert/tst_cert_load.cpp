@@ -72,16 +72,20 @@ private slots:
 
     void binaryInputGetsOneZeroOctetMore()
     {
-        QCOMPARE(certificate_input::certificateOctets("0\x03\x02\x01"), QByteArray("0\x03\x02\x01\0", 5));
-        QCOMPARE(certificate_input::certificateOctets(QByteArray("0\0x", 3)), QByteArray("0\0x\0", 4));
+        QCOMPARE(certificate_input::certificateOctets("0\x03\x02\x01"),
+                 QByteArray("0\x03\x02\x01\0", 5));
+        QCOMPARE(certificate_input::certificateOctets(QByteArray("0\0x", 3)),
+                 QByteArray("0\0x\0", 4));
     }
 
     void firstArmouredBlock()
     {
         const QByteArray certificate = Certificate().encoded();
-        QCOMPARE(certificate_input::firstArmouredBlock("x\n" + armour(certificate) + armour("other")),
-                 certificate);
-        QCOMPARE(certificate_input::firstArmouredBlock("-----BEGIN CERTIFICATE-----\nMAA="), QByteArray());
+        QCOMPARE(
+            certificate_input::firstArmouredBlock("x\n" + armour(certificate) + armour("other")),
+            certificate);
+        QCOMPARE(certificate_input::firstArmouredBlock("-----BEGIN CERTIFICATE-----\nMAA="),
+                 QByteArray());
         QCOMPARE(certificate_input::firstArmouredBlock(
                      "-----END CERTIFICATE-----\n-----BEGIN CERTIFICATE-----\nMAA=\n"),
                  QByteArray());

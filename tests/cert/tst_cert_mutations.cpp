@@ -49,8 +49,8 @@ private slots:
                                       QStringLiteral(PX_TEST_DATA "/extensions")}) {
             const QStringList names = QDir(folder).entryList({QStringLiteral("*.pem")});
             for (const QString &name : names)
-                QTest::newRow(qPrintable(name))
-                    << certificate_input::certificateOctets(contentOf(folder + QLatin1Char('/') + name));
+                QTest::newRow(qPrintable(name)) << certificate_input::certificateOctets(
+                    contentOf(folder + QLatin1Char('/') + name));
         }
     }
     void damaged()
