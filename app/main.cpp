@@ -4,7 +4,7 @@
 #include "app/look/screen_scale.h"
 #include "app/look/window_style.h"
 #include "app/mainwindow.h"
-#include "core/px_core_manager.h"
+#include "core/start_directory.h"
 
 #include <csignal>
 #include <optional>
@@ -21,7 +21,7 @@ int main(int argc, char *argv[])
     }
     // Whoever reads the diagnostics may end before the window does.
     std::signal(SIGPIPE, SIG_IGN);
-    startDirectory();
+    rememberStartDirectory();
     program_look::chooseDisplay();
     ScreenScale scale({window_style::kWidth, window_style::kHeight});
     std::optional<QtSingleApplication> application;

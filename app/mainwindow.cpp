@@ -166,14 +166,14 @@ void MainWindow::setUpTable()
 {
     QTableWidget *table = ui->tableWidget_detailinfo;
     QHeaderView *header = table->horizontalHeader();
-    table->setColumnCount(2);
+    table->setColumnCount(kColumns);
     header->setStyleSheet(tableHeaderStyle());
     table->setGeometry(placed(kTable, m_scale));
     header->setDefaultAlignment(Qt::AlignLeft);
     header->setHighlightSections(false);
     table->setHorizontalHeaderLabels(
         {texts::shown(text_keys::kColumnField), texts::shown(text_keys::kColumnValue)});
-    table->setColumnWidth(0, table->width() / 5 * 2);
+    table->setColumnWidth(kNameColumn, table->width() / 5 * 2);
     header->setStretchLastSection(true);
     table->setShowGrid(false);
     table->setStyleSheet(tableStyle(m_scale));

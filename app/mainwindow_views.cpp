@@ -1,31 +1,21 @@
 // How the window shows a certificate's texts and rows.
 
 #include "app/mainwindow.h"
+
+#include "app/certificate_argument.h"
 #include "app/table_rows.h"
-#include "core/px_core_manager.h"
 #include "ui_mainwindow.h"
-#include "util/c_util.h"
 
 #include <iterator>
 #include <QDebug>
 
 namespace {
 
-// A longer argument is no path but a certificate.
-constexpr int kLongestPath = 255;
-
-// By now the working directory is the install directory: a relative path that names nothing there
-// means the directory the program was started from.
-QByteArray certificatePath(const QByteArray &path)
+// The selector's first entry shows all rows, the others those of one kind each.
+bool isSelected(const detail_node &node, int entry)
 {
-    const QByteArray start = startDirectory();
-    const QByteArray fromStart = start + '/' + path;
-    c_util files;
-    const bool isRelative = !path.startsWith('/');
-    return isRelative && !start.isEmpty() && !files.FileExists(path.constData()) &&
-                   files.FileExists(fromStart.constData())
-               ? fromStart
-               : path;
+    constexpr int kAllRows = 0;
+    return entry == kAllRows || node.kind == entry - 1;
 }
 
 bool endsWord(QChar c)
@@ -74,10 +64,10 @@ void clearText(QPlainTextEdit *box)
 
 bool MainWindow::loadcertfile(const char *path)
 {
-    const QString argument = QString::fromLatin1(path);
-    const bool loaded = argument.size() > kLongestPath
-                            ? m_cert.parse_cert(argument.toLatin1())
-                            : m_cert.loadfile(certificatePath(path).constData());
+    const QByteArray argument = path;
+    const bool loaded = certificate_argument::isCertificate(argument)
+                            ? m_cert.parse_cert(argument)
+                            : m_cert.loadfile(certificate_argument::filePath(argument).constData());
     if (loaded)
         qDebug("mainwindow::loadcertfile end");
     return loaded;
@@ -85,7 +75,9 @@ bool MainWindow::loadcertfile(const char *path)
 
 void MainWindow::result_normal(const QString &snormal, int type)
 {
-    appendText(type == 0 ? ui->plainTextEdit_normal : ui->plainTextEdit_normal_2, snormal);
+    appendText(type == c_pxcert::StatusBlock ? ui->plainTextEdit_normal
+                                             : ui->plainTextEdit_normal_2,
+               snormal);
 }
 
 void MainWindow::result_detail(std::vector<detail_node> detail_data)
@@ -101,7 +93,7 @@ void MainWindow::on_comboBox_selection_currentIndexChanged(int index)
     ui->tableWidget_detailinfo->setRowCount(0);
     clearText(ui->plainTextEdit_detail_2);
     for (const detail_node &node : m_nodes) {
-        if (index == 0 || node.kind == index - 1)
+        if (isSelected(node, index))
             appendRow(ui->tableWidget_detailinfo, node);
     }
 }
@@ -109,7 +101,7 @@ void MainWindow::on_comboBox_selection_currentIndexChanged(int index)
 void MainWindow::on_tableWidget_detailinfo_clicked(const QModelIndex &index)
 {
     clearText(ui->plainTextEdit_detail_2);
-    const QString name = ui->tableWidget_detailinfo->item(index.row(), 0)->text();
+    const QString name = ui->tableWidget_detailinfo->item(index.row(), kNameColumn)->text();
     QString paragraphs; // appended at once: one by one, a million rows of a name take minutes
     for (const detail_node &node : m_nodes) {
         if (node.name != name)

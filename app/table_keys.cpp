@@ -98,7 +98,7 @@ int TableKeys::markedRow() const
 
 void TableKeys::copyRow() const
 {
-    const QModelIndexList rows = m_table->selectionModel()->selectedRows();
+    const QModelIndexList rows = m_table->selectionModel()->selectedRows(kNameColumn);
     if (!rows.isEmpty())
         QGuiApplication::clipboard()->setText(rows.first().data(kFullValueRole).toString());
 }

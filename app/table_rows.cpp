@@ -24,9 +24,9 @@ void makeRoomForName(QTableWidget *table, int row)
     option.font = table->font();
     option.widget = table;
     option.features = QStyleOptionViewItem::WrapText;
-    option.rect.setWidth(table->columnWidth(0));
+    option.rect.setWidth(table->columnWidth(kNameColumn));
     const int needed =
-        table->itemDelegate()->sizeHint(option, table->model()->index(row, 0)).height();
+        table->itemDelegate()->sizeHint(option, table->model()->index(row, kNameColumn)).height();
     const int oneLine = table->rowHeight(row);
     const int margins = oneLine - option.fontMetrics.height();
     table->setRowHeight(row, qBound(oneLine, needed + margins, 4 * oneLine));
@@ -40,8 +40,8 @@ void appendRow(QTableWidget *table, const detail_node &node)
     table->setRowCount(row + 1);
     auto *name = new QTableWidgetItem(node.name);
     name->setData(kFullValueRole, node.full_value);
-    table->setItem(row, 0, name);
-    table->setItem(row, 1, new QTableWidgetItem(node.value));
+    table->setItem(row, kNameColumn, name);
+    table->setItem(row, kValueColumn, new QTableWidgetItem(node.value));
     makeRoomForName(table, row);
 }
 
@@ -59,7 +59,7 @@ void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelInde
 {
     QStyledItemDelegate::initStyleOption(option, index);
     option->state &= ~QStyle::State_HasFocus;
-    if (index.column() == 0)
+    if (index.column() == kNameColumn)
         option->text = breakable(option->text);
     else
         option->features &= ~QStyleOptionViewItem::WrapText; // nothing is cut off before its end

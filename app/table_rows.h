@@ -5,15 +5,20 @@
 class QTableWidget;
 struct detail_node;
 
-/// The role under which the item in column 0 holds its row's full value.
+// The table's columns.
+constexpr int kNameColumn = 0;
+constexpr int kValueColumn = 1;
+constexpr int kColumns = 2;
+
+/// The role under which the item in the name's column holds its row's full value.
 constexpr int kFullValueRole = Qt::UserRole;
 
-/// Appends a row with the node's name in column 0, its value in column 1 and its full value under
-/// `kFullValueRole`, as high as its name needs. The table's style and first column are settled.
+/// Appends a row with the node's name, its value and, under `kFullValueRole`, its full value, as
+/// high as its name needs. The table's style and the width of the names' column are settled.
 void appendRow(QTableWidget *table, const detail_node &node);
 
 /// Paints the beginning of a text: laying out one of megabytes takes seconds, and the style would
-/// do it for every paint. The names in column 0 may break within an identifier; a value is one
+/// do it for every paint. Names may break within an identifier; a value is one
 /// line, as much of it as fits. No cell is set off from its row.
 class RowDelegate : public QStyledItemDelegate
 {

@@ -2,13 +2,12 @@
 
 #include "core/core_calls.h"
 #include "core/core_loader.h"
+#include "core/start_directory.h"
 
 #include <cstdio>
-#include <filesystem>
 #include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
-#include <system_error>
 
 namespace {
 
@@ -20,7 +19,7 @@ PXCoreManager::PXCoreManager()
     : m_installPath(
           QDir(QCoreApplication::applicationDirPath() + QLatin1String("/..")).canonicalPath())
 {
-    startDirectory();
+    rememberStartDirectory();
     qDebug() << "path:" << m_installPath;
     QDir::setCurrent(m_installPath);
     std::printf("Path = %s \n", m_installPath.toUtf8().constData());
@@ -80,13 +79,4 @@ QObject *createComponentObject(const QString &progId, const QString &classId)
     // The core's method gives the address as a number.
     return reinterpret_cast<QObject *>( // NOLINT(performance-no-int-to-ptr)
         static_cast<quintptr>(core_calls::componentAddress(progId, classId)));
-}
-
-QByteArray startDirectory()
-{
-    static const QByteArray directory = [] {
-        std::error_code error;
-        return QByteArray::fromStdString(std::filesystem::current_path(error).native());
-    }();
-    return directory;
 }

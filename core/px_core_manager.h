@@ -2,7 +2,6 @@
 
 #include "core/core_loader.h"
 
-#include <QByteArray>
 #include <QString>
 
 /// The process's tie to the suite it belongs to: it makes the install directory the working
@@ -45,8 +44,3 @@ PXCoreManager *GetCoreManager();
 /// A component made by the core and owned by it; null without a core or when it knows none. How
 /// long it lives is the core's affair.
 QObject *createComponentObject(const QString &progId, const QString &classId);
-
-/// Where the process was started from: the working directory before the first change of it, in the
-/// encoding of the file system; empty when that directory is gone. The first call remembers it, so
-/// the entry point calls it before anything else.
-QByteArray startDirectory();

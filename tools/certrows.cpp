@@ -4,7 +4,7 @@
 // Standard output carries that alone: what the libraries print goes to standard error.
 
 #include "cert/c_pxcert.h"
-#include "core/px_core_manager.h"
+#include "core/start_directory.h"
 #include "util/c_language.h"
 
 #include <cstdio>

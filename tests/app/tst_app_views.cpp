@@ -1,4 +1,4 @@
-#include "core/px_core_manager.h"
+#include "core/start_directory.h"
 #include "tests/app/widgets.h"
 #include "tests/support/der.h"
 #include "tests/support/message_recorder.h"

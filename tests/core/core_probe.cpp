@@ -2,6 +2,7 @@
 
 #include "core/core_calls.h"
 #include "core/px_core_manager.h"
+#include "core/start_directory.h"
 
 #include <cstdio>
 #include <functional>
