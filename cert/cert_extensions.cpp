@@ -2,7 +2,7 @@
 
 #include "asn/pxasn.h"
 #include "cert/recognised_extensions.h"
-#include "util/c_language.h"
+#include "util/texts.h"
 
 #include <algorithm>
 #include <iterator>
@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr RecognisedExtension kAnyOther = {nullptr, extension_texts::anyOther, nullptr};
+constexpr RecognisedExtension kAnyOther = {QLatin1String(), extension_texts::anyOther, nullptr};
 
 // Extension ::= SEQUENCE { extnID, critical DEFAULT FALSE, extnValue } (RFC 5280, 4.1). All that
 // follows the identifier is flattened into one list, the critical flag first.
@@ -43,7 +43,7 @@ public:
     ExtensionNames()
     {
         for (const RecognisedExtension &extension : kRecognisedExtensions)
-            m_names.push_back(c_language::GetLangPtr()->GetValue(QLatin1String(extension.key)));
+            m_names.push_back(texts::raw(extension.key));
     }
 
     const RecognisedExtension &named(const QString &name) const
@@ -79,13 +79,13 @@ bool c_pxcert::readExtension(const PXAsnBlock &extension, const ExtensionNames &
     const PXAsnBlock *identifier = extension.getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!identifier)
         return true;
-    const QString name = c_language::GetLangPtr()->GetValue(identifier->toString());
+    const QString name = texts::raw(identifier->toString());
     qDebug() << name << " count" << extension.getChildCount();
     extension_texts::Said said;
     if (!read(extension, names.named(name), said))
         return false;
     addPurposes(said.purposes);
-    m_rows.push_back({throughLocal8Bit(name), said.text, said.text, detail_node::Extension});
+    m_rows.push_back({texts::throughLocal8Bit(name), said.text, said.text, detail_node::Extension});
     return true;
 }
 

@@ -1,17 +1,12 @@
 #include "cert/extension_texts.h"
 
 #include "asn/leaf_text.h"
-#include "util/c_language.h"
+#include "util/texts.h"
 
 #include <algorithm>
 
 namespace extension_texts {
 namespace {
-
-QString languageText(const QString &key)
-{
-    return c_language::GetLangPtr()->GetValue(key);
-}
 
 // A critical flag stands before the extension's own values, flattened from its BOOLEAN.
 bool isFlag(const QString &value)
@@ -85,7 +80,7 @@ QString attributeLines(Values::const_iterator value, Values::const_iterator end)
     const QString indent(8, QLatin1Char(' '));
     QString text;
     while (value != end) {
-        text += indent + languageText(leaf_text::closedUp(*value++));
+        text += indent + texts::raw(leaf_text::closedUp(*value++));
         if (value != end)
             text += QLatin1Char('=') + leaf_text::closedUp(*value++);
         text += QLatin1Char('\n');
@@ -110,13 +105,13 @@ void eachGroup(const Items &items, const Take &take)
     const int lowest = lowestLevel(items);
     Values group;
     if (items.front().level != lowest)
-        group.push_back(throughLocal8Bit(languageText(QString())));
+        group.push_back(texts::shown(QString()));
     for (const certpolicy &item : items) {
         if (item.level == lowest && !group.empty()) {
             take(group);
             group.clear();
         }
-        group.push_back(throughLocal8Bit(languageText(item.text)));
+        group.push_back(texts::shown(item.text));
     }
     take(group);
 }
@@ -170,7 +165,7 @@ QString accessInfo(const Values &values)
     QString text;
     int number = 0;
     for (auto value = afterCriticalFlag(values); value != values.end();) {
-        const QString method = languageText(*value++);
+        const QString method = texts::raw(*value++);
         const QString url = value != values.end() ? withoutWhiteSpace(*value++) : QString();
         text += QStringLiteral("[%1]Authority Info Access\n    Access Method=%2\n")
                     .arg(QString::number(++number), method) +
@@ -198,7 +193,7 @@ QString anyOther(const Values &values)
 {
     QString text;
     for (const QString &value : values)
-        text += languageText(value) + QLatin1Char('\n');
+        text += texts::raw(value) + QLatin1Char('\n');
     return text;
 }
 

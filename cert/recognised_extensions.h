@@ -1,12 +1,13 @@
 #pragma once
 
 #include "cert/extension_texts.h"
+#include "util/text_keys.h"
 
 /// How an extension is said that is recognised: from its values or, where `fromItems` is given,
 /// from those with their depths.
 struct RecognisedExtension
 {
-    const char *key; ///< recognised when its name is the text under this key
+    QLatin1String key; ///< recognised when its name is the text under this key
     QString (*fromValues)(const extension_texts::Values &values);
     extension_texts::Said (*fromItems)(const extension_texts::Items &items);
 };
@@ -15,12 +16,13 @@ struct RecognisedExtension
 /// `docs/configuration.md` list them for people, and `languages/texts.tsv` gives each its
 /// identifier.
 constexpr RecognisedExtension kRecognisedExtensions[] = {
-    {"PXCERTREAD_0025", extension_texts::anyOther, extension_texts::policies},
-    {"PXCERTREAD_0024", extension_texts::anyOther, extension_texts::distributionPoints},
-    {"PXCERTREAD_0026", extension_texts::accessInfo, nullptr},
-    {"PXCERTREAD_0031", extension_texts::keyUsage, nullptr},
-    {"PXCERTREAD_0032", extension_texts::netscapeType, nullptr},
-    {"PXCERTREAD_0030", extension_texts::basicConstraints, nullptr},
-    {"PXCERTREAD_0028", extension_texts::alternativeName, nullptr},
-    {"PXCERTREAD_0027", extension_texts::authorityKey, nullptr},
+    {text_keys::kCertificatePolicies, extension_texts::anyOther, extension_texts::policies},
+    {text_keys::kCrlDistributionPoints, extension_texts::anyOther,
+     extension_texts::distributionPoints},
+    {text_keys::kAuthorityInformationAccess, extension_texts::accessInfo, nullptr},
+    {text_keys::kKeyUsage, extension_texts::keyUsage, nullptr},
+    {text_keys::kNetscapeCertificateType, extension_texts::netscapeType, nullptr},
+    {text_keys::kBasicConstraints, extension_texts::basicConstraints, nullptr},
+    {text_keys::kSubjectAlternativeName, extension_texts::alternativeName, nullptr},
+    {text_keys::kAuthorityKeyIdentifier, extension_texts::authorityKey, nullptr},
 };

@@ -145,30 +145,6 @@ private slots:
         QVERIFY(momentOf(QStringLiteral("2025-01-02 20:00:00")).contains(QStringLiteral("20:00")));
     }
 
-    void recognisedExtensionsHaveTheirNames_data()
-    {
-        QTest::addColumn<QString>("identifier");
-        QTest::addColumn<QString>("key");
-        QTest::newRow("policies") << "2.5.29.32" << QString(text_keys::kCertificatePolicies);
-        QTest::newRow("points") << "2.5.29.31" << QString(text_keys::kCrlDistributionPoints);
-        QTest::newRow("access") << "1.3.6.1.5.5.7.1.1"
-                                << QString(text_keys::kAuthorityInformationAccess);
-        QTest::newRow("usage") << "2.5.29.15" << QString(text_keys::kKeyUsage);
-        QTest::newRow("Netscape") << "2.16.840.1.113730.1.1"
-                                  << QString(text_keys::kNetscapeCertificateType);
-        QTest::newRow("constraints") << "2.5.29.19" << QString(text_keys::kBasicConstraints);
-        QTest::newRow("names") << "2.5.29.17" << QString(text_keys::kSubjectAlternativeName);
-        QTest::newRow("authority") << "2.5.29.35" << QString(text_keys::kAuthorityKeyIdentifier);
-    }
-    void recognisedExtensionsHaveTheirNames()
-    {
-        QFETCH(QString, identifier);
-        QFETCH(QString, key);
-        const QString name = texts::raw(key);
-        QVERIFY(name != key);
-        QCOMPARE(nameOf(identifier), name);
-    }
-
     void poorLocaleCostsCharactersAlone()
     {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)

@@ -75,8 +75,6 @@ private slots:
     void namesIdentifiers();
     void keepsShortNamesOfAttributes_data();
     void keepsShortNamesOfAttributes();
-    void recognisesExtensions_data();
-    void recognisesExtensions();
     void namesNoTwoRowsAlike_data();
     void namesNoTwoRowsAlike();
     void capitalisesEnglishNamesOfExtensions();
@@ -229,40 +227,6 @@ void TestLanguagesFile::keepsShortNamesOfAttributes()
     QCOMPARE(underOid(oid), name);
     for (const char *language : kLanguages)
         QCOMPARE(tableOf(language).GetValue(name), name);
-}
-
-void TestLanguagesFile::recognisesExtensions_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("oid");
-    const auto add = [](const char *name, const char *key, const char *oid) {
-        QTest::addRow("%s", name) << QString::fromLatin1(key) << QString::fromLatin1(oid);
-    };
-    add("CRL distribution points", "PXCERTREAD_0024", "2.5.29.31");
-    add("certificate policies", "PXCERTREAD_0025", "2.5.29.32");
-    add("authority information access", "PXCERTREAD_0026", "1.3.6.1.5.5.7.1.1");
-    add("authority key identifier", "PXCERTREAD_0027", "2.5.29.35");
-    add("subject alternative name", "PXCERTREAD_0028", "2.5.29.17");
-    add("basic constraints", "PXCERTREAD_0030", "2.5.29.19");
-    add("key usage", "PXCERTREAD_0031", "2.5.29.15");
-    add("Netscape certificate type", "PXCERTREAD_0032", "2.16.840.1.113730.1.1");
-}
-
-// The model tells an extension by its name, so no other identifier may bear it.
-void TestLanguagesFile::recognisesExtensions()
-{
-    QFETCH(QString, key);
-    QFETCH(QString, oid);
-    const QStringList identifiers = keysOf("OID");
-    for (const char *language : kLanguages) {
-        const c_language &table = tableOf(language);
-        QStringList bearers;
-        for (const QString &each : identifiers) {
-            if (table.GetValue(underOid(each)) == table.GetValue(key))
-                bearers.append(each);
-        }
-        QCOMPARE(bearers, QStringList{oid});
-    }
 }
 
 void TestLanguagesFile::namesNoTwoRowsAlike_data()
