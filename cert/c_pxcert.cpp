@@ -33,7 +33,8 @@ bool c_pxcert::loadfile(const char *path)
     QByteArray content;
     if (!c_util().readfile(path, content) || content.isEmpty())
         return false;
-    parse_cert(certificate_input::certificateOctets(content));
+    const QByteArray octets = certificate_input::certificateOctets(std::move(content));
+    parse_cert(octets);
     return true;
 }
 

@@ -3,8 +3,7 @@
 #include "asn/pxasn.h"
 
 #include <algorithm>
-#include <QList>
-#include <QString>
+#include <utility>
 
 namespace certificate_input {
 namespace {
@@ -12,17 +11,25 @@ namespace {
 constexpr const char *kBeginLine = "-----BEGIN CERTIFICATE-----";
 constexpr const char *kEndLine = "-----END CERTIFICATE-----";
 
-QByteArray decodeBase64(const QByteArray &text)
+// In place: what is no base64 is passed over.
+QByteArray decoded(QByteArray base64)
 {
-    return QByteArray::fromBase64(text);
+    return QByteArray::fromBase64Encoding(std::move(base64)).decoded;
+}
+
+// Octets of the SEQUENCE that the octets begin with; 0 when there is none that fits.
+unsigned int lengthOfSequence(const QByteArray &octets)
+{
+    if (!octets.startsWith(ASN_TAG_SEQUENCE))
+        return 0;
+    return ASNCalcBlockLength(reinterpret_cast<const unsigned char *>(octets.constData()),
+                              static_cast<unsigned int>(octets.size()));
 }
 
 bool isOneSequence(const QByteArray &octets)
 {
-    return octets.startsWith(ASN_TAG_SEQUENCE) &&
-           ASNCalcBlockLength(reinterpret_cast<const unsigned char *>(octets.constData()),
-                              static_cast<unsigned int>(octets.size())) ==
-               static_cast<unsigned int>(octets.size());
+    return !octets.isEmpty() &&
+           lengthOfSequence(octets) == static_cast<unsigned int>(octets.size());
 }
 
 bool isBase64Character(char c)
@@ -31,30 +38,69 @@ bool isBase64Character(char c)
            c == '/' || c == '=';
 }
 
-// Everything but armour and white space counts as base64, wherever it stands in the file.
-QByteArray decodeWithoutArmour(const QByteArray &text)
+bool isLineEnd(char c)
 {
-    QString base64 = QString::fromLatin1(text.constData(), text.size());
-    base64.remove(QLatin1Char('-'));
-    base64.remove(QLatin1String("BEGIN CERTIFICATE"));
-    base64.remove(QLatin1String("END CERTIFICATE"));
-    base64 = base64.simplified();
-    base64.remove(QLatin1Char(' '));
-    return decodeBase64(base64.toLatin1());
+    return c == '\n' || c == '\r';
+}
+
+bool isSpace(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+// Appends the line, without white space around it, if it is base64.
+void appendBase64(QByteArray &base64, const char *begin, const char *end)
+{
+    begin = std::find_if_not(begin, end, isSpace);
+    while (end != begin && isSpace(end[-1]))
+        --end;
+    if (std::all_of(begin, end, isBase64Character))
+        base64.append(begin, static_cast<int>(end - begin));
+}
+
+// Everything but armour counts as base64, wherever it stands in the text.
+QByteArray decodedWithoutArmour(const QByteArray &text)
+{
+    QByteArray base64(text.constData(), text.size());
+    base64.replace("-", "");
+    base64.replace("BEGIN CERTIFICATE", "");
+    base64.replace("END CERTIFICATE", "");
+    return decoded(std::move(base64));
+}
+
+// What stands between the armour's first line and its last one; empty without them.
+QByteArray armouredText(const QByteArray &text)
+{
+    const auto begin = text.indexOf(kBeginLine);
+    if (begin < 0)
+        return {};
+    const auto body = begin + static_cast<int>(qstrlen(kBeginLine));
+    const auto end = text.indexOf(kEndLine, body);
+    return end < 0 ? QByteArray() : QByteArray::fromRawData(text.constData() + body, end - body);
+}
+
+// The text up to the first NUL; it lives as long as the octets.
+QByteArray textOf(const QByteArray &octets)
+{
+    const auto end = octets.indexOf('\0');
+    return end < 0 ? octets : QByteArray::fromRawData(octets.constData(), end);
 }
 
 } // namespace
 
-QByteArray certificateOctets(const QByteArray &fileContent)
+QByteArray certificateOctets(QByteArray fileContent)
 {
-    const QByteArray text = fileContent.split('\0').first();
+    const QByteArray text = textOf(fileContent);
     if (!text.contains("BEGIN CERTIFICATE"))
-        return fileContent + '\0';
-    QByteArray octets = decodeWithoutArmour(text);
+        return fileContent += '\0';
+    QByteArray octets = decodedWithoutArmour(text);
     if (isOneSequence(octets))
         return octets;
     QByteArray block = firstArmouredBlock(text);
-    return isOneSequence(block) ? block : octets;
+    // A comment before the armour may begin with a SEQUENCE by chance, and so may a block that lost
+    // a line for the blank in it; a certificate is longer than either.
+    const bool isBlock = isOneSequence(block) || lengthOfSequence(block) > lengthOfSequence(octets);
+    return isBlock ? block : octets;
 }
 
 void open(PXAsn &document, const QByteArray &certificate)
@@ -71,19 +117,14 @@ void open(PXAsn &document, const QByteArray &certificate)
 
 QByteArray firstArmouredBlock(const QByteArray &text)
 {
-    const auto begin = text.indexOf(kBeginLine);
-    const auto end = begin < 0 ? -1 : text.indexOf(kEndLine, begin);
-    if (end < 0)
-        return {};
-    const auto bodyStart = begin + static_cast<int>(qstrlen(kBeginLine));
+    const QByteArray body = armouredText(text);
     QByteArray base64;
-    const QList<QByteArray> lines = text.mid(bodyStart, end - bodyStart).split('\n');
-    for (const QByteArray &untrimmed : lines) {
-        const QByteArray line = untrimmed.trimmed();
-        if (std::all_of(line.begin(), line.end(), isBase64Character))
-            base64 += line;
+    for (auto line = body.begin(); line != body.end();) {
+        const auto end = std::find_if(line, body.end(), isLineEnd);
+        appendBase64(base64, line, end);
+        line = std::find_if_not(end, body.end(), isLineEnd);
     }
-    return decodeBase64(base64);
+    return decoded(std::move(base64));
 }
 
 } // namespace certificate_input

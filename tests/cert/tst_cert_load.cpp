@@ -239,6 +239,49 @@ private slots:
         QCOMPARE(printedBy([&] { parse(certificate.encoded()); }).count(missing), 0);
     }
 
+    void extensionsAreReadWhateverTheBasicFieldsSay()
+    {
+        Certificate certificate;
+        certificate.subject = tlv(0x05, {});
+        certificate.extensions = extension(kUnknown, integer("05"));
+        const Parsed parsed = parse(certificate.encoded());
+        QVERIFY(!parsed.hasRow("PXCERTREAD_0020"));
+        QCOMPARE(parsed.rows.back().value, QStringLiteral("05\n"));
+    }
+
+    // The basic fields ask for a SEQUENCE, the extensions for anything that has as many children.
+    void fieldsInASetHaveExtensionsAlone()
+    {
+        Certificate certificate;
+        certificate.extensions = extension(kUnknown, integer("05"));
+        const Parsed parsed = parse(sequence({tlv(0x31, certificate.tbs())}));
+        QCOMPARE(parsed.rows.size(), std::size_t(1));
+        QCOMPARE(parsed.rows.back().value, QStringLiteral("05\n"));
+    }
+
+    void extensionsAreFoundByTheirPlaceNotByTheirTag()
+    {
+        Certificate certificate;
+        certificate.keyInfo += tlv(0xA0, sequence({extension(kUnknown, integer("05"))}));
+        const Parsed parsed = parse(certificate.encoded());
+        QCOMPARE(parsed.rows.back().kind, int(detail_node::Extension));
+        QCOMPARE(parsed.rows.back().name, QLatin1String(kUnknownDotted));
+    }
+
+    void secondParseForgetsTheFirstOnesCurve()
+    {
+        Certificate certificate;
+        certificate.keyInfo = sequence({sequence({oid(kEcPublicKey), oid(kPrime256)}),
+                                        tlv(0x03, QByteArray::fromHex("0004"))});
+        c_pxcert model(nullptr);
+        Parsed parsed;
+        parsed.listenTo(model);
+        model.parse_cert(certificate.encoded());
+        QCOMPARE(parsed.rows.back().name, shown("PXCERTREAD_0022"));
+        model.parse_cert(Certificate().encoded());
+        QCOMPARE(parsed.rows.back().name, shown("PXCERTREAD_0021"));
+    }
+
     void sendmsgDoesNothing()
     {
         MessageRecorder recorder;
