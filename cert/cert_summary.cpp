@@ -15,7 +15,7 @@ QString headLine(QLatin1String key)
 
 QString dateOf(const QDateTime &time)
 {
-    return display_date::shortText(time).section(QLatin1Char(' '), 0, 0);
+    return display_date::datePart(display_date::shortText(time));
 }
 
 QString nameLine(QLatin1String key, const QString &commonName, const QString &organization)

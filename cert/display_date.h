@@ -18,4 +18,10 @@ inline QString shortText(const QDateTime &time, const QLocale &locale = QLocale:
     return locale.toString(time, format.replace(QLatin1String("Bh"), QLatin1String("APh")));
 }
 
+/// The date of such a text: what stands before its first blank, or all of it when it has none.
+inline QString datePart(const QString &text)
+{
+    return text.section(QLatin1Char(' '), 0, 0);
+}
+
 } // namespace display_date

@@ -129,6 +129,8 @@ private slots:
         row("constraints, critical, no CA", constraints, {"FF", ""}, "Subject Type=End Entity\n");
         row("constraints, critical CA, length", constraints, {"FF", "FF", "03"},
             "Subject Type=CA\nPath Length Constraint=03\n");
+        row("constraints, critical, no CA, length", constraints, {"FF", "", "03"},
+            "Subject Type=End Entity\nPath Length Constraint=03\n");
         row("constraints, CA with length", constraints, {"FF", "00"}, "Subject Type=End Entity\n");
         row("constraints, long length", constraints, {"FF", "FF", "00 80"},
             "Subject Type=CA\nPath Length Constraint=00 80\n");
@@ -257,6 +259,8 @@ private slots:
                  QStringLiteral("[3]CRL Distribution Point\n    Distribution Point Name:\n"
                                 "        Full Name:\nURL=h t t p\n   CRL Issuer:\n"
                                 "       Directory Address:\n            CN=a b\n"));
+        values = {"u", "CN", "a", "odd"};
+        QVERIFY(model.make_single_crlpoint(1, values).endsWith(QStringLiteral("CN=a\n")));
         values = {"u", "two values"};
         QVERIFY(!model.make_single_crlpoint(1, values).contains(QStringLiteral("CRL Issuer")));
         values = {"u%1", "%2", "%3"};
@@ -277,6 +281,48 @@ private slots:
         parsed.listenTo(model);
         model.parse_cert({});
         QVERIFY(parsed.blocks.at(0).first.endsWith(QStringLiteral("\n      -p\n      -r\n\n")));
+    }
+
+    void purposeWithoutTextIsListed()
+    {
+        c_pxcert model(nullptr);
+        std::vector<certpolicy> items = {{"below the lowest", 5}, {"p", 4}};
+        model.make_certnode_certpolicy(items);
+        Parsed parsed;
+        parsed.listenTo(model);
+        model.parse_cert({});
+        QVERIFY(parsed.blocks.at(0).first.endsWith(QStringLiteral("\n      -\n      -p\n\n")));
+    }
+
+    // Each part's depths are counted on from where those of the part before ended.
+    void depthGoesOnFromPartToPart()
+    {
+        Certificate certificate;
+        certificate.extensions = criticalExtension("551D20", "\xAB");
+        QCOMPARE(parse(certificate.encoded()).rows.back().value,
+                 QStringLiteral("[1]Certificate Policy:\n    Policy Identifier=\n"
+                                "    [1,1]Policy Qualifier Info:\n"
+                                "        Policy Qualifier Id=FF\n"
+                                "[2]Certificate Policy:\n    Policy Identifier=AB"));
+    }
+
+    void everyListBelowTheWrapperIsWalked()
+    {
+        Certificate certificate;
+        certificate.keyInfo += tlv(0xA3, sequence({extension(kUnknown, integer("05"))}) +
+                                             sequence({extension(kUnknown, integer("06"))}));
+        const Parsed parsed = parse(certificate.encoded());
+        QCOMPARE(parsed.rows.size(), std::size_t(10));
+        QCOMPARE(parsed.rows.at(8).value, QStringLiteral("05\n"));
+        QCOMPARE(parsed.rows.at(9).value, QStringLiteral("06\n"));
+    }
+
+    void everyPartOfAnExtensionCounts()
+    {
+        Certificate certificate;
+        certificate.extensions =
+            sequence({oid(kUnknown), tlv(0x01, "\xFF"), integer("07"), tlv(0x04, integer("05"))});
+        QCOMPARE(parse(certificate.encoded()).rows.back().value, QStringLiteral("FF\n07\n05\n"));
     }
 
     void walkSkipsWhatIsNoExtension()

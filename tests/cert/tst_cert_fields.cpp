@@ -94,6 +94,15 @@ private slots:
         QCOMPARE(shows(20), QStringLiteral("2024/1/1 下午8:15"));
     }
 
+    void dateEndsBeforeTheFirstBlank()
+    {
+        QCOMPARE(display_date::datePart(QStringLiteral("1/2/25 8:00 PM")),
+                 QStringLiteral("1/2/25"));
+        QCOMPARE(display_date::datePart(QStringLiteral("2025-01-02")),
+                 QStringLiteral("2025-01-02"));
+        QCOMPARE(display_date::datePart(QString()), QString());
+    }
+
     void timesFollowTheSystemsLocaleAlone()
     {
         const QLocale before;

@@ -245,7 +245,7 @@ private slots:
         certificate.subject = tlv(0x05, {});
         certificate.extensions = extension(kUnknown, integer("05"));
         const Parsed parsed = parse(certificate.encoded());
-        QVERIFY(!parsed.hasRow("PXCERTREAD_0020"));
+        QVERIFY(!parsed.hasRow(text_keys::kSubject));
         QCOMPARE(parsed.rows.back().value, QStringLiteral("05\n"));
     }
 
@@ -277,9 +277,9 @@ private slots:
         Parsed parsed;
         parsed.listenTo(model);
         model.parse_cert(certificate.encoded());
-        QCOMPARE(parsed.rows.back().name, shown("PXCERTREAD_0022"));
+        QCOMPARE(parsed.rows.back().name, texts::shown(text_keys::kPublicKeyParameters));
         model.parse_cert(Certificate().encoded());
-        QCOMPARE(parsed.rows.back().name, shown("PXCERTREAD_0021"));
+        QCOMPARE(parsed.rows.back().name, texts::shown(text_keys::kPublicKey));
     }
 
     void sendmsgDoesNothing()

@@ -146,6 +146,16 @@ private slots:
             recorder.messages().contains(QLatin1Char('"') + invalidStatus() + QLatin1Char('"')));
     }
 
+    void statusWithPurposesIsNotWritten()
+    {
+        Certificate certificate;
+        certificate.extensions = extension("551D20", sequence({sequence({oid(kUnknown)})}));
+        MessageRecorder recorder;
+        QVERIFY(statusOf(parse(certificate.encoded()))
+                    .contains(texts::shown(text_keys::kStatusPurposes)));
+        QVERIFY(recorder.messages().filter(texts::shown(text_keys::kStatusPurposes)).isEmpty());
+    }
+
     void identityNamesGoThroughTheLocale()
     {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
