@@ -10,8 +10,8 @@ namespace certificate_argument {
 bool isCertificate(const QByteArray &argument);
 
 /// The file that an argument means as a path. By now the working directory is the install
-/// directory: what is relative and names nothing there means the directory that the program was
-/// started from, if it names something there. In the encoding of the file system.
+/// directory: what is relative and names no file there means the directory that the program was
+/// started from, if it names one there. In the encoding of the file system.
 QByteArray filePath(const QByteArray &argument);
 
 } // namespace certificate_argument

@@ -43,7 +43,8 @@ public:
 
     /// Shows the certificate in the file `path` (in the encoding of the file system), or `path`
     /// itself, as Latin-1 text of a certificate, when it is longer than 255 octets. A relative path
-    /// means the working directory, else the directory the program was started from. Returns what
+    /// means a file below the working directory, else one below the directory the program was
+    /// started from. Returns what
     /// the model says of it: false when nothing could be read.
     bool loadcertfile(const char *path);
 
