@@ -37,16 +37,40 @@ bool hasEndlessWord(const QString &text)
 }
 
 // Of what nobody can read the beginning will do: laid out, a line takes 400 octets of memory.
-QString readablePart(const QString &text)
+constexpr int kMostShown = 1024 * 1024;
+
+QString beginning(const QString &text, int most = kMostShown)
 {
-    constexpr int kMostShown = 1024 * 1024;
-    return text.size() <= kMostShown ? text : text.left(kMostShown) + QChar(0x2026);
+    return text.size() <= most ? text : text.left(most) + QChar(0x2026);
 }
 
-// Appends the text as a paragraph of its own; the box shows its beginning.
-void appendText(QPlainTextEdit *box, const QString &whole)
+bool fitTogether(const QStringList &texts)
 {
-    const QString text = readablePart(whole);
+    qint64 characters = texts.size() - 1;
+    for (const QString &text : texts)
+        characters += text.size();
+    return characters <= kMostShown;
+}
+
+// A paragraph each: as one text, since a million that are appended one by one take minutes. What is
+// too long together is cut, each to the same length, so that none hides those behind it.
+QString paragraphs(const QStringList &texts)
+{
+    constexpr int kMostParagraphs = kMostShown / 4;
+    const auto count = qMin(kMostParagraphs, static_cast<int>(texts.size()));
+    const int most = fitTogether(texts) ? kMostShown : kMostShown / count;
+    QString all;
+    for (int i = 0; i < count; ++i) {
+        if (!all.isEmpty())
+            all += QChar(QChar::ParagraphSeparator);
+        all += beginning(texts.at(i), most);
+    }
+    return all;
+}
+
+// Appends the text as a paragraph of its own, and shows where the box begins.
+void appendText(QPlainTextEdit *box, const QString &text)
+{
     // Looking for the end of a word line by line takes the square of its length: a minute at 1 MB.
     if (hasEndlessWord(text))
         box->setWordWrapMode(QTextOption::WrapAnywhere);
@@ -77,15 +101,17 @@ void MainWindow::result_normal(const QString &snormal, int type)
 {
     appendText(type == c_pxcert::StatusBlock ? ui->plainTextEdit_normal
                                              : ui->plainTextEdit_normal_2,
-               snormal);
+               beginning(snormal));
 }
 
 void MainWindow::result_detail(std::vector<detail_node> detail_data)
 {
-    for (const detail_node &node : detail_data)
-        appendRow(ui->tableWidget_detailinfo, node);
+    const std::size_t count = detail_data.size();
     m_nodes.insert(m_nodes.begin(), std::make_move_iterator(detail_data.begin()),
                    std::make_move_iterator(detail_data.end()));
+    // Whoever hears of a new row in the table may ask for its full value: it is known by then.
+    for (std::size_t i = 0; i < count; ++i)
+        appendRow(ui->tableWidget_detailinfo, m_nodes[i]);
 }
 
 void MainWindow::on_comboBox_selection_currentIndexChanged(int index)
@@ -102,15 +128,12 @@ void MainWindow::on_tableWidget_detailinfo_clicked(const QModelIndex &index)
 {
     clearText(ui->plainTextEdit_detail_2);
     const QString name = ui->tableWidget_detailinfo->item(index.row(), kNameColumn)->text();
-    QString paragraphs; // appended at once: one by one, a million rows of a name take minutes
+    QStringList values;
     for (const detail_node &node : m_nodes) {
-        if (node.name != name)
-            continue;
-        if (!paragraphs.isEmpty())
-            paragraphs += QChar(QChar::ParagraphSeparator);
-        paragraphs += node.full_value;
+        if (node.name == name)
+            values += node.full_value;
     }
-    appendText(ui->plainTextEdit_detail_2, paragraphs);
+    appendText(ui->plainTextEdit_detail_2, paragraphs(values));
 }
 
 void MainWindow::on_tabWidget_currentChanged(int index)

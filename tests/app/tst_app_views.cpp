@@ -108,6 +108,7 @@ private slots:
     void boxesShowTheBeginning();
     void rowsAreShownInOrder();
     void laterRowsAreKeptFirst();
+    void rowsAreKnownBeforeTheyAreShown();
     void selectorNarrows_data();
     void selectorNarrows();
     void selectorClearsTheDetail();
@@ -132,6 +133,7 @@ private slots:
     void aMissingFileIsNot();
     void aPathNextToTheStartIsFound();
     void theWorkingDirectoryComesFirst();
+    void aFolderHidesNoFile();
     void length_data();
     void length();
     void aLongArgumentIsACertificate();
@@ -142,6 +144,9 @@ private slots:
     void hugeWord_data();
     void hugeWord();
     void hugeNumberOfLines();
+    void everyRowOfANameShowsItsBeginning();
+    void rowsOfANameThatFitAreShownWhole();
+    void moreRowsOfANameThanHaveRoomAreLeftOut();
     void manyRows();
 
 private:
@@ -214,6 +219,18 @@ void TestAppViews::laterRowsAreKeptFirst()
     QCOMPARE(details.rows(), list("a=1 b=2 c=3 d=4"));
     details.selector->setCurrentIndex(1);
     QCOMPARE(details.rows(), list("c=3 d=4 a=1 b=2"));
+}
+
+void TestAppViews::rowsAreKnownBeforeTheyAreShown()
+{
+    Details details;
+    QStringList found;
+    connect(details.table, &QTableWidget::itemChanged, [&](QTableWidgetItem *item) {
+        emit details.table->clicked(details.table->model()->index(item->row(), 0));
+        found << details.detail();
+    });
+    details.window.result_detail({row("a", "1", "the whole", 0)});
+    QVERIFY(found.contains(QStringLiteral("the whole")));
 }
 
 void TestAppViews::selectorNarrows_data()
@@ -546,6 +563,20 @@ void TestAppViews::theWorkingDirectoryComesFirst()
     QFile::remove(atStart);
 }
 
+void TestAppViews::aFolderHidesNoFile()
+{
+    const QString name = QStringLiteral("folder or file");
+    const QString target = QDir(QFile::decodeName(startDirectory())).filePath(name);
+    QFile::remove(target);
+    QVERIFY(QFile::copy(QStringLiteral(PX_SOURCE_DIR "/examples/ca.pem"), target));
+    Details details;
+    QVERIFY(QDir(m_folder.path()).mkdir(name) && QDir::setCurrent(m_folder.path()));
+    QVERIFY(details.window.loadcertfile(QFile::encodeName(name).constData()));
+    QVERIFY(details.table->rowCount() > 5);
+    QFile::remove(target);
+    QVERIFY(!details.window.loadcertfile(QFile::encodeName(name).constData()));
+}
+
 void TestAppViews::length_data()
 {
     QTest::addColumn<int>("length");
@@ -694,6 +725,44 @@ void TestAppViews::hugeNumberOfLines()
     details.window.result_normal(lines, 1);
     QCOMPARE(child<QPlainTextEdit>(details.window, "plainTextEdit_normal_2")->blockCount(),
              kMostShown + 1);
+}
+
+void TestAppViews::everyRowOfANameShowsItsBeginning()
+{
+    constexpr int kMostShown = 1024 * 1024;
+    Details details;
+    const QString name = QStringLiteral("name");
+    const QString huge(2 * kMostShown, QLatin1Char('x'));
+    const QString half(kMostShown / 2, QLatin1Char('y'));
+    details.window.result_detail({{name, QString(), huge, 0}, {name, QString(), half, 0}});
+    details.click(0, 0);
+    QCOMPARE(details.detail(), huge.left(kMostShown / 2) + QStringLiteral("…\n") + half);
+}
+
+void TestAppViews::rowsOfANameThatFitAreShownWhole()
+{
+    constexpr int kMostShown = 1024 * 1024;
+    const QString name = QStringLiteral("name");
+    const QString most(kMostShown - 2, QLatin1Char('x'));
+    Details fit;
+    fit.window.result_detail({{name, QString(), most, 0}, row("name", "", "y", 0)});
+    fit.click(0, 0);
+    QCOMPARE(fit.detail(), most + QStringLiteral("\ny"));
+    Details tooLong;
+    tooLong.window.result_detail({{name, QString(), most, 0}, row("name", "", "yy", 0)});
+    tooLong.click(0, 0);
+    QCOMPARE(tooLong.detail(), most.left(kMostShown / 2) + QStringLiteral("…\nyy"));
+}
+
+void TestAppViews::moreRowsOfANameThanHaveRoomAreLeftOut()
+{
+    constexpr int kMostParagraphs = 256 * 1024;
+    Details details;
+    details.window.result_detail(
+        std::vector<detail_node>(kMostParagraphs + 1, row("name", "", "1234567", 0)));
+    details.click(0, 0);
+    QCOMPARE(details.box->blockCount(), kMostParagraphs);
+    QVERIFY(details.detail().startsWith(QStringLiteral("1234…\n1234…\n")));
 }
 
 void TestAppViews::manyRows()
