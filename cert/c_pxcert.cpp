@@ -33,21 +33,14 @@ bool c_pxcert::loadfile(const char *path)
     QByteArray content;
     if (!c_util().readfile(path, content) || content.isEmpty())
         return false;
-    const QByteArray octets = certificate_input::certificateOctets(std::move(content));
-    parse_cert(octets);
+    QByteArray octets = certificate_input::certificateOctets(std::move(content));
+    parse_cert(std::move(octets));
     return true;
 }
 
-// By value, as published. NOLINTNEXTLINE(performance-unnecessary-value-param)
 bool c_pxcert::parse_cert(QByteArray certificate)
 {
-    PXAsn document(nullptr);
-    certificate_input::open(document, certificate);
-
-    parseTBSCertificate_basedata(&document);
-    PXAsnBlock *tbs = document.getChild(kTbsCertificate, 0);
-    if (tbs && tbs->getChildCount() > kFieldsWithoutExtensions)
-        parseTBSCertificate_extendata(tbs->getChild(kExtensions, 0));
+    readCertificate(std::move(certificate));
     qDebug() << "parse cert end";
 
     emit result_normal(statusBlock(), StatusBlock);
@@ -55,6 +48,20 @@ bool c_pxcert::parse_cert(QByteArray certificate)
     emit result_detail(m_rows);
     qDebug() << "parse cert end2";
     return true;
+}
+
+// The octets go as soon as the document has its own, and the document before the texts are made of
+// what was read: each can be as long as a file may be.
+void c_pxcert::readCertificate(QByteArray certificate)
+{
+    PXAsn document(nullptr);
+    certificate_input::open(document, certificate);
+    certificate.clear();
+
+    parseTBSCertificate_basedata(&document);
+    PXAsnBlock *tbs = document.getChild(kTbsCertificate, ASN_TAG_ANY);
+    if (tbs && tbs->getChildCount() > kFieldsWithoutExtensions)
+        parseTBSCertificate_extendata(tbs->getChild(kExtensions, ASN_TAG_ANY));
 }
 
 bool c_pxcert::isCertValid() const

@@ -104,6 +104,8 @@ private:
     using AttributeParser = bool (c_pxcert::*)(PXAsnBlock *, QString &, QString &);
     class ExtensionNames;
 
+    void readCertificate(QByteArray certificate);
+
     // One field of the TBSCertificate each; a null block is a missing field.
     bool readVersion(PXAsnBlock *tbs, int &next); ///< `next`: the index of the field after it
     bool readSerialNumber(PXAsnBlock *serialNumber);

@@ -1,5 +1,6 @@
 #include "cert/c_pxcert.h"
 
+#include "asn/leaf_text.h"
 #include "asn/pxasn.h"
 #include "cert/display_date.h"
 #include "util/text_keys.h"
@@ -21,6 +22,12 @@ bool fail(const char *field)
 QString translatedName(PXAsnBlock *identifier)
 {
     return texts::raw(identifier->toString());
+}
+
+// A single text needs no copy, however long it is.
+QString joined(const QStringList &texts, QLatin1String between)
+{
+    return texts.size() == 1 ? texts.first() : texts.join(between);
 }
 
 bool readTime(PXAsnBlock *block, QDateTime &time)
@@ -149,12 +156,13 @@ bool c_pxcert::readName(PXAsnBlock *name, const char *field, QLatin1String rowKe
             QString value;
             if (!(this->*parseAttributeOf)(attribute, line, value))
                 continue;
-            lines.prepend(line + QLatin1Char('\n'));
+            line += QLatin1Char('\n');
+            lines.prepend(line);
             values.prepend(value);
         }
     }
-    m_rows.push_back({texts::shown(rowKey), values.join(QLatin1Char(',')), lines.join(QString()),
-                      detail_node::BasicField});
+    m_rows.push_back({texts::shown(rowKey), joined(values, QLatin1String(",")),
+                      joined(lines, QLatin1String("")), detail_node::BasicField});
     return true;
 }
 
@@ -255,11 +263,11 @@ bool c_pxcert::readPublicKey(PXAsnBlock *keyInfo)
     if (m_publicKey.startsWith('\0')) // no unused bits; the count is no part of the key
         m_publicKey.remove(0, 1);
 
-    QByteArray hex = m_publicKey.toHex(' ').toUpper();
+    QString hex = leaf_text::hex(m_publicKey);
     if (!hex.isEmpty())
-        hex += ' ';
-    m_rows.push_back({texts::shown(text_keys::kPublicKey), m_publicKeyAlgorithm,
-                      QString::fromLatin1(hex), detail_node::BasicField});
+        hex += QLatin1Char(' ');
+    m_rows.push_back(
+        {texts::shown(text_keys::kPublicKey), m_publicKeyAlgorithm, hex, detail_node::BasicField});
     if (!m_publicKeyParameter.isEmpty())
         add_node(texts::shown(text_keys::kPublicKeyParameters), m_publicKeyParameter);
     return true;

@@ -5,6 +5,7 @@
 #include "util/texts.h"
 
 #include <QDebug>
+#include <QStringBuilder>
 
 namespace {
 
@@ -18,10 +19,14 @@ QString dateOf(const QDateTime &time)
     return display_date::datePart(display_date::shortText(time));
 }
 
-QString nameLine(QLatin1String key, const QString &commonName, const QString &organization)
+QString nameHead(QLatin1String key)
 {
-    return QStringLiteral(" %1:   ").arg(texts::shown(key)) +
-           (commonName.isEmpty() ? organization : commonName) + QLatin1String("\n\n");
+    return QStringLiteral(" %1:   ").arg(texts::shown(key));
+}
+
+const QString &nameOf(const QString &commonName, const QString &organization)
+{
+    return commonName.isEmpty() ? organization : commonName;
 }
 
 } // namespace
@@ -46,12 +51,14 @@ QString c_pxcert::statusBlock() const
     return texts::throughLocal8Bit(block);
 }
 
+// Put together at once: a name can be as long as a file may be.
 QString c_pxcert::identityBlock() const
 {
-    const QString block = nameLine(text_keys::kIdentityIssuedTo, m_subjectCN, m_subjectO) +
-                          nameLine(text_keys::kIdentityIssuedBy, m_issuerCN, m_issuerO) +
-                          headLine(text_keys::kIdentityValidFrom) + dateOf(m_notBefore) +
-                          headLine(text_keys::kIdentityValidTo) + QLatin1String("   ") +
-                          dateOf(m_notAfter);
+    const QLatin1String nameEnd("\n\n");
+    const QString block =
+        nameHead(text_keys::kIdentityIssuedTo) % nameOf(m_subjectCN, m_subjectO) % nameEnd %
+        nameHead(text_keys::kIdentityIssuedBy) % nameOf(m_issuerCN, m_issuerO) % nameEnd %
+        headLine(text_keys::kIdentityValidFrom) % dateOf(m_notBefore) %
+        headLine(text_keys::kIdentityValidTo) % QLatin1String("   ") % dateOf(m_notAfter);
     return texts::throughLocal8Bit(block);
 }

@@ -92,7 +92,7 @@ QByteArray certificateOctets(QByteArray fileContent)
 {
     const QByteArray text = textOf(fileContent);
     if (!text.contains("BEGIN CERTIFICATE"))
-        return fileContent += '\0';
+        return std::move(fileContent += '\0');
     QByteArray octets = decodedWithoutArmour(text);
     if (isOneSequence(octets))
         return octets;

@@ -4,6 +4,7 @@
 #include "util/texts.h"
 
 #include <algorithm>
+#include <QStringBuilder>
 
 namespace extension_texts {
 namespace {
@@ -156,7 +157,7 @@ QString alternativeName(const Values &values)
 {
     QString text;
     for (const QString &value : values)
-        text += QLatin1String("DNS Name=") + withoutWhiteSpace(value) + QLatin1Char('\n');
+        text += QLatin1String("DNS Name=") % withoutWhiteSpace(value) % QLatin1Char('\n');
     return text;
 }
 
@@ -193,7 +194,7 @@ QString anyOther(const Values &values)
 {
     QString text;
     for (const QString &value : values)
-        text += texts::raw(value) + QLatin1Char('\n');
+        text += texts::raw(value) % QLatin1Char('\n');
     return text;
 }
 
