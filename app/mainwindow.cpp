@@ -249,9 +249,12 @@ void MainWindow::setUpBoxes()
         box->setContextMenuPolicy(Qt::NoContextMenu);
         box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     }
-    // Of the form's vertical line, only its two ends would be seen.
-    for (QPlainTextEdit *box : {ui->plainTextEdit_normal, ui->plainTextEdit_normal_2})
+    // Of the form's vertical line, only its two ends would be seen. A name of any direction stands
+    // behind its label.
+    for (TextBox *box : {ui->plainTextEdit_normal, ui->plainTextEdit_normal_2}) {
         box->setLineWidth(0);
+        box->beginLinesLeft();
+    }
     // The line between the two boxes crosses the lower end of the first.
     constexpr int kCrossed = 24;
     OpenScrollArea::setBottomMargin(ui->plainTextEdit_normal, scaled(kCrossed, m_scale));

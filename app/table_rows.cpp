@@ -1,5 +1,6 @@
 #include "app/table_rows.h"
 
+#include "app/look/visible_text.h"
 #include "cert/detail_node.h"
 
 #include <QTableWidget>
@@ -51,8 +52,8 @@ QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) c
     QString text = value.toString().left(kMostShown);
     while (text.endsWith(QLatin1Char('\n')))
         text.chop(1);
-    text.replace(QLatin1Char('\n'), QLatin1Char(' '));
-    return QStyledItemDelegate::displayText(text, locale);
+    return QStyledItemDelegate::displayText(
+        visible_text::shown(text, visible_text::LineFeeds::AsBlanks), locale);
 }
 
 void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const

@@ -43,8 +43,8 @@ bool c_pxcert::parse_cert(QByteArray certificate)
     readCertificate(std::move(certificate));
     qDebug() << "parse cert end";
 
-    emit result_normal(statusBlock(), StatusBlock);
-    emit result_normal(identityBlock(), IdentityBlock);
+    tell(StatusBlock, statusBlock());
+    tell(IdentityBlock, identityBlock());
     emit result_detail(m_rows);
     qDebug() << "parse cert end2";
     return true;
@@ -71,6 +71,17 @@ bool c_pxcert::isCertValid() const
     const bool expired = m_notAfter.isValid() && clockSeconds(m_notAfter) < now;
     const bool notYetValid = m_notBefore.isValid() && clockSeconds(m_notBefore) > now;
     return !expired && !notYetValid;
+}
+
+void c_pxcert::tell(Block number, SummaryBlock block)
+{
+    m_ownLineFeeds[number] = std::move(block.ownLineFeeds);
+    emit result_normal(block.text, number);
+}
+
+const std::vector<bool> &c_pxcert::ownLineFeeds(int block) const
+{
+    return m_ownLineFeeds[block == StatusBlock ? StatusBlock : IdentityBlock];
 }
 
 void c_pxcert::sendmsg(const QString &, const QString &) {}

@@ -2,6 +2,7 @@
 
 #include "asn/certpolicy.h"
 #include "cert/detail_node.h"
+#include "cert/summary_block.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -46,6 +47,10 @@ public:
     /// and as shown: certificate times against the local clock. A bound with impossible fields does
     /// not count, and neither does when one is missing or of another form.
     bool isCertValid() const;
+
+    /// Which line feeds of the text that `result_normal` gave last for this block the program
+    /// itself wrote, in their order; the others stand in the certificate's values. Empty before.
+    const std::vector<bool> &ownLineFeeds(int block) const;
 
     /// Part of the published interface; deliberately does nothing.
     void sendmsg(const QString &first, const QString &second);
@@ -121,8 +126,9 @@ private:
     bool readExtension(const PXAsnBlock &extension, const ExtensionNames &names);
     void addPurposes(const std::vector<QString> &purposes);
 
-    QString statusBlock() const;
-    QString identityBlock() const;
+    SummaryBlock statusBlock() const;
+    SummaryBlock identityBlock() const;
+    void tell(Block number, SummaryBlock block);
 
     int m_version = 0; ///< as encoded: 0 is v1, 2 is v3
     QString m_serialNumber;
@@ -138,4 +144,5 @@ private:
     QByteArray m_publicKey;
     std::vector<QString> m_purposes;
     std::vector<detail_node> m_rows;
+    std::vector<bool> m_ownLineFeeds[2]; ///< of each block
 };

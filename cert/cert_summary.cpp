@@ -5,7 +5,6 @@
 #include "util/texts.h"
 
 #include <QDebug>
-#include <QStringBuilder>
 
 namespace {
 
@@ -19,9 +18,11 @@ QString dateOf(const QDateTime &time)
     return display_date::datePart(display_date::shortText(time));
 }
 
-QString nameHead(QLatin1String key)
+void addName(SummaryBlock &block, QLatin1String key, const QString &name)
 {
-    return QStringLiteral(" %1:   ").arg(texts::shown(key));
+    block.say(QStringLiteral(" %1:   ").arg(texts::shown(key)));
+    block.quote(name);
+    block.say(QStringLiteral("\n\n"));
 }
 
 const QString &nameOf(const QString &commonName, const QString &organization)
@@ -31,34 +32,42 @@ const QString &nameOf(const QString &commonName, const QString &organization)
 
 } // namespace
 
-QString c_pxcert::statusBlock() const
+SummaryBlock c_pxcert::statusBlock() const
 {
-    QString block;
+    SummaryBlock block;
     const bool isValid = isCertValid();
     if (!isValid || m_purposes.empty()) {
-        block = headLine(isValid ? text_keys::kStatusValid : text_keys::kStatusNotValid);
-        qDebug() << block;
+        block.say(headLine(isValid ? text_keys::kStatusValid : text_keys::kStatusNotValid));
+        qDebug() << block.text;
     } else {
-        block = QStringLiteral(" %1\n      -%2\n      -%3");
+        QString head = QStringLiteral(" %1\n      -%2\n      -%3");
         for (const QLatin1String key :
              {text_keys::kStatusPurposes, text_keys::kStatusProvesIdentity,
               text_keys::kStatusSecuresCommunication})
-            block = block.arg(texts::shown(key));
-        for (const QString &purpose : m_purposes)
-            block += QLatin1String("\n      -") + purpose;
-        block += QLatin1String("\n\n");
+            head = head.arg(texts::shown(key));
+        block.say(head);
+        for (const QString &purpose : m_purposes) {
+            block.say(QStringLiteral("\n      -"));
+            block.quote(purpose);
+        }
+        block.say(QStringLiteral("\n\n"));
     }
-    return texts::throughLocal8Bit(block);
+    block.text = texts::throughLocal8Bit(block.text);
+    return block;
 }
 
-// Put together at once: a name can be as long as a file may be.
-QString c_pxcert::identityBlock() const
+SummaryBlock c_pxcert::identityBlock() const
 {
-    const QLatin1String nameEnd("\n\n");
-    const QString block =
-        nameHead(text_keys::kIdentityIssuedTo) % nameOf(m_subjectCN, m_subjectO) % nameEnd %
-        nameHead(text_keys::kIdentityIssuedBy) % nameOf(m_issuerCN, m_issuerO) % nameEnd %
-        headLine(text_keys::kIdentityValidFrom) % dateOf(m_notBefore) %
-        headLine(text_keys::kIdentityValidTo) % QLatin1String("   ") % dateOf(m_notAfter);
-    return texts::throughLocal8Bit(block);
+    constexpr int kRoomForWords = 512;
+    const QString &subject = nameOf(m_subjectCN, m_subjectO);
+    const QString &issuer = nameOf(m_issuerCN, m_issuerO);
+    SummaryBlock block;
+    // At once: a name can be as long as a file may be.
+    block.text.reserve(subject.size() + issuer.size() + kRoomForWords);
+    addName(block, text_keys::kIdentityIssuedTo, subject);
+    addName(block, text_keys::kIdentityIssuedBy, issuer);
+    block.say(headLine(text_keys::kIdentityValidFrom) + dateOf(m_notBefore) +
+              headLine(text_keys::kIdentityValidTo) + QLatin1String("   ") + dateOf(m_notAfter));
+    block.text = texts::throughLocal8Bit(block.text);
+    return block;
 }
