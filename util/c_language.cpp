@@ -80,14 +80,3 @@ QString c_language::languageFilePath(const QString &fileName) const
 {
     return m_installPath + QLatin1String("/languages/") + fileName;
 }
-
-QString throughLocal8Bit(const QString &text)
-{
-    const QByteArray local = text.toLocal8Bit();
-    return QString::fromLocal8Bit(local.constData(), local.size());
-}
-
-QString displayText(const QString &key)
-{
-    return throughLocal8Bit(c_language::GetLangPtr()->GetValue(key));
-}

@@ -52,11 +52,3 @@ private:
     QString m_fileName;
     QString m_section;
 };
-
-/// `text` through the locale's 8-bit encoding and back: what the locale can't hold is lost. Every
-/// text that is shown goes this way, so that the screen never holds more than the suite's 8-bit
-/// programs can.
-QString throughLocal8Bit(const QString &text);
-
-/// The text under `key`, as it is shown.
-QString displayText(const QString &key);

@@ -12,7 +12,7 @@ QString raw(const QString &key)
 
 QString shown(const QString &key)
 {
-    return texts::throughLocal8Bit(raw(key));
+    return throughLocal8Bit(raw(key));
 }
 
 QString throughLocal8Bit(const QString &text)
