@@ -50,7 +50,7 @@ public:
     /// Ends the child object at `index`, with all below it, to be made anew when it is asked for:
     /// who walks a million children needs no more than one of them at a time. Nothing happens where
     /// there is none, and after the first change of the document by `remove`, `addBlock` or `load`.
-    void release(int index);
+    void release(int index) const;
 
     /// The content octets as they are encoded (`node_values::content`). A copy.
     QByteArray contentOctets() const;

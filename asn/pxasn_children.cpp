@@ -83,7 +83,7 @@ void PXAsnBlock::makeChildren()
     m_nodesAtPlaces = {};
 }
 
-void PXAsnBlock::release(int index)
+void PXAsnBlock::release(int index) const
 {
     if (index < 0 || !nodeAtPlace(index))
         return;

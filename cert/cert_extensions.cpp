@@ -64,7 +64,9 @@ bool c_pxcert::parseTBSCertificate_extendata(PXAsnBlock *extensions)
     for (int i = 0; i < extensions->getChildCount(); ++i) {
         const PXAsnBlock *list = extensions->getChild(i, 0);
         for (int j = 0; j < list->getChildCount(); ++j) {
-            if (!readExtension(*list->getChild(j, 0), names))
+            const bool isRead = readExtension(*list->getChild(j, 0), names);
+            list->release(j); // a list may hold a million
+            if (!isRead)
                 return false;
         }
     }

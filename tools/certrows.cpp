@@ -26,34 +26,44 @@ bool openResults(QFile &results)
            results.open(output, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle);
 }
 
-QJsonArray toJson(const std::vector<detail_node> &rows)
+QByteArray compact(const QJsonObject &object)
 {
-    QJsonArray array;
-    for (const detail_node &row : rows) {
-        array.append(QJsonObject{{QStringLiteral("name"), row.name},
-                                 {QStringLiteral("value"), row.value},
-                                 {QStringLiteral("full"), row.full_value},
-                                 {QStringLiteral("kind"), row.kind}});
-    }
-    return array;
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
-// `path` is absolute; `name` is how the caller called it.
-QJsonObject resultOf(const QString &name, const QByteArray &path)
+QByteArray toJson(const detail_node &row)
+{
+    return compact({{QStringLiteral("name"), row.name},
+                    {QStringLiteral("value"), row.value},
+                    {QStringLiteral("full"), row.full_value},
+                    {QStringLiteral("kind"), row.kind}});
+}
+
+// Reads the certificate at `path`, which is absolute; `name` is how the caller called it. Row by
+// row, because an object of a million of them takes more memory than all else.
+void writeResult(QFile &results, const QString &name, const QByteArray &path)
 {
     QJsonArray normal;
-    QJsonArray rows;
+    std::vector<detail_node> rows;
     c_pxcert certificate(nullptr);
     QObject::connect(&certificate, &c_pxcert::result_normal, [&](const QString &text, int block) {
         normal.append(QJsonArray{text, block});
     });
     QObject::connect(&certificate, &c_pxcert::result_detail,
-                     [&](const std::vector<detail_node> &all) { rows = toJson(all); });
+                     [&](const std::vector<detail_node> &all) { rows = all; });
     const bool loaded = certificate.loadfile(path.constData());
-    return {{QStringLiteral("file"), name},
-            {QStringLiteral("loaded"), loaded},
-            {QStringLiteral("normal"), normal},
-            {QStringLiteral("rows"), rows}};
+    const QByteArray head = compact({{QStringLiteral("file"), name},
+                                     {QStringLiteral("loaded"), loaded},
+                                     {QStringLiteral("normal"), normal}});
+    results.write(head.chopped(1) + ",\"rows\":[");
+    const char *separator = "";
+    for (const detail_node &row : rows) {
+        results.write(separator);
+        results.write(toJson(row));
+        separator = ",";
+    }
+    results.write("]}\n");
+    results.flush();
 }
 
 } // namespace
@@ -74,10 +84,7 @@ int main(int argc, char **argv)
         results.write(c_language::GetLangPtr()->section().toLatin1() + '\n');
         return 0;
     }
-    for (const QString &name : arguments) {
-        const QByteArray path = QFile::encodeName(start.absoluteFilePath(name));
-        results.write(QJsonDocument(resultOf(name, path)).toJson(QJsonDocument::Compact) + '\n');
-        results.flush();
-    }
+    for (const QString &name : arguments)
+        writeResult(results, name, QFile::encodeName(start.absoluteFilePath(name)));
     return 0;
 }
