@@ -46,12 +46,14 @@ c_language::c_language()
     GetCoreManager();
     m_configPath = core_calls::configPath();
     m_installPath = core_calls::installPath();
+    m_filePath = languageFilePath(m_fileName);
     LANG_SetLang();
 }
 
 void c_language::LANG_SetFileName(const QString &name)
 {
     m_fileName = name.isEmpty() ? QLatin1String(kDefaultFileName) : name;
+    m_filePath = languageFilePath(m_fileName);
 }
 
 void c_language::LANG_SetLang()
@@ -61,7 +63,7 @@ void c_language::LANG_SetLang()
 
 bool c_language::GetValue(const QString &key, QString &value) const
 {
-    value = ini_table::lookup(languageFilePath(m_fileName), m_section, key);
+    value = ini_table::lookup(m_filePath, m_section, key);
     return !value.isEmpty();
 }
 

@@ -51,4 +51,5 @@ private:
     QString m_installPath;
     QString m_fileName;
     QString m_section;
+    QString m_filePath; ///< of `m_fileName`, so that a look-up does not put it together
 };

@@ -1,8 +1,10 @@
 #include "util/ini_table.h"
 
 #include "util/file_reader.h"
+#include "util/plain_ini.h"
 #include "util/qt_compat.h"
 
+#include <algorithm>
 #include <ctime>
 #include <QFile>
 #include <QHash>
@@ -12,6 +14,7 @@
 #include <QTemporaryFile>
 #include <sys/stat.h>
 #include <tuple>
+#include <vector>
 
 namespace ini_table {
 namespace {
@@ -103,36 +106,60 @@ bool dependsOnTheQuestion(const QByteArray &content)
 
 struct ParsedFile
 {
-    QByteArray path;
+    QString path;
+    QByteArray encodedPath;
     FileIdentity identity;
     bool settled = false;
-    Texts texts;
-    QByteArray toBeAsked; ///< the content, where each look-up has to ask settings of its own
+    bool isPlain = false;
+    PlainIni plain;       ///< of a plain file
+    Texts texts;          ///< of any other
+    QByteArray toBeAsked; ///< its content, where each look-up has to ask settings of its own
 };
 
-ParsedFile parse(const QByteArray &path, const FileIdentity &identity, bool isRegular)
+void parse(ParsedFile &file, const FileIdentity &identity, bool isRegular)
 {
-    ParsedFile file = {path, identity, isSettled(identity), {}, {}};
+    file = {file.path, file.encodedPath, identity, isSettled(identity), false, {}, {}, {}};
     // Not before the file is asked for its times: what changes after that may carry the same.
     QByteArray content;
     // What keeps a regular file from being read may pass without a trace in its times.
-    if (!file_reader::readWhole(path.constData(), content) && isRegular)
+    if (!file_reader::readWhole(file.encodedPath.constData(), content) && isRegular)
         file.settled = false;
+    file.isPlain = file.plain.read(content);
+    if (file.isPlain)
+        return;
+    file.plain = {};
     if (dependsOnTheQuestion(content))
         file.toBeAsked = content;
-    else if (!content.isEmpty())
-        file.texts = askSettings(path, content, allTexts);
-    return file;
+    else
+        file.texts = askSettings(file.encodedPath, content, allTexts);
 }
 
-const ParsedFile &current(const QByteArray &path)
+// A few files keep their copies, for one certificate may ask for texts of several in turn; the one
+// that was met first goes first.
+ParsedFile &copyOf(const QString &path)
 {
-    static ParsedFile file;
+    constexpr std::size_t kMost = 4;
+    static std::vector<ParsedFile> files;
+    const auto found = std::find_if(files.begin(), files.end(),
+                                    [&](const ParsedFile &file) { return file.path == path; });
+    if (found != files.end())
+        return *found;
+    if (files.size() == kMost)
+        files.erase(files.begin());
+    files.emplace_back();
+    files.back().path = path;
+    files.back().encodedPath = QFile::encodeName(path);
+    return files.back();
+}
+
+ParsedFile &current(const QString &path)
+{
+    ParsedFile &file = copyOf(path);
     struct stat status = {};
-    const bool exists = ::stat(path.constData(), &status) == 0;
+    const bool exists = ::stat(file.encodedPath.constData(), &status) == 0;
     const FileIdentity identity = exists ? identityOf(status) : FileIdentity();
-    if (!file.settled || file.path != path || !(file.identity == identity))
-        file = parse(path, identity, S_ISREG(status.st_mode));
+    if (!file.settled || !(file.identity == identity))
+        parse(file, identity, S_ISREG(status.st_mode));
     return file;
 }
 
@@ -144,13 +171,15 @@ QString normalizedKey(const QString &key)
 
 } // namespace
 
-QString lookup(const QString &path, const QString &section, const QString &key)
+QString lookup(const QString &path, QStringView section, QStringView key)
 {
-    const ParsedFile &file = current(QFile::encodeName(path));
-    const QString name = normalizedKey(section + QLatin1Char('/') + key);
+    ParsedFile &file = current(path);
+    if (file.isPlain)
+        return file.plain.value(section, key);
+    const QString name = normalizedKey(section.toString() + QLatin1Char('/') + key.toString());
     if (file.toBeAsked.isEmpty())
         return file.texts.value(name);
-    return askSettings(file.path, file.toBeAsked, [&name](const QSettings &settings) {
+    return askSettings(file.encodedPath, file.toBeAsked, [&name](const QSettings &settings) {
         return settings.value(QLatin1Char('/') + name).toString();
     });
 }

@@ -14,6 +14,31 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+// What look-ups ask of the system.
+static qulonglong allocatedOctets = 0;
+static int statCalls = 0;
+
+extern "C" int stat(const char *path, struct stat *status)
+{
+    ++statCalls;
+    return ::fstatat(AT_FDCWD, path, status, 0);
+}
+
+#ifndef __SANITIZE_ADDRESS__ // which has an allocator of its own, and counts nothing here
+extern "C" void *__libc_malloc(std::size_t size);
+extern "C" void *__libc_realloc(void *block, std::size_t size);
+extern "C" void *malloc(std::size_t size)
+{
+    allocatedOctets += size;
+    return __libc_malloc(size);
+}
+extern "C" void *realloc(void *block, std::size_t size)
+{
+    allocatedOctets += size;
+    return __libc_realloc(block, size);
+}
+#endif
+
 namespace {
 
 QString section(const char *name = "CN")
@@ -81,6 +106,9 @@ private slots:
     void seesEditThatKeepsSizeAndTime();
     void seesEditWithinTheClockTick();
     void manyLookupsAreFast();
+    void lookupsInTwoFilesAreFast();
+    void lookupsOfWhatNoFileHoldsAreFast();
+    void lookupCostsOneStatAndNoMemory();
     void leavesNothingBehind();
     void worksWithoutATemporaryDirectory();
     void pathOutsideAscii();
@@ -405,6 +433,55 @@ void TestUtilIniTable::manyLookupsAreFast()
         QCOMPARE(ini_table::lookup(file, section(), section("K1999")), section("value 1999"));
     // Parsing the file for each would take minutes.
     QVERIFY2(timer.elapsed() < 5000, QByteArray::number(timer.elapsed()).constData());
+}
+
+// In turn, as a certificate's identifiers and their translations are looked up.
+void TestUtilIniTable::lookupsInTwoFilesAreFast()
+{
+    QByteArray content = "[CN]\n";
+    for (int i = 0; i < 10000; ++i)
+        content += "K" + QByteArray::number(i) + "=\"value\"\n";
+    const QString one = make(content, "one.ini");
+    const QString two = make(content, "two.ini");
+    QTest::qSleep(100);
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 10000; ++i) {
+        QCOMPARE(ini_table::lookup(one, section(), section("K9999")), section("value"));
+        QCOMPARE(ini_table::lookup(two, section(), section("K9999")), section("value"));
+    }
+    QVERIFY2(timer.elapsed() < 5000, QByteArray::number(timer.elapsed()).constData());
+}
+
+// Values of a certificate are looked up too, whatever they hold.
+void TestUtilIniTable::lookupsOfWhatNoFileHoldsAreFast()
+{
+    constexpr int kLength = 30000000;
+    const QString slashes = QString(kLength, QLatin1Char('/'));
+    const QString names = QStringLiteral("a/").repeated(kLength / 2);
+    const QString file = make("[CN]\nK=plain\n");
+    for (const QString &key : {slashes, names, QString(kLength, QLatin1Char('K'))}) {
+        const auto before = allocatedOctets;
+        QVERIFY(ini_table::lookup(file, section(), key).isEmpty());
+        const auto taken = allocatedOctets - before;
+        QVERIFY2(taken < 1000000, QByteArray::number(taken).constData());
+    }
+}
+
+void TestUtilIniTable::lookupCostsOneStatAndNoMemory()
+{
+    const QString file = make("[CN]\nK=\"value\"\n");
+    const QString name = section();
+    const QString key = section("K");
+    QTest::qSleep(100); // the copy becomes one to be trusted
+    QCOMPARE(ini_table::lookup(file, name, key), section("value"));
+    const auto octets = allocatedOctets;
+    const auto stats = statCalls;
+    for (int i = 0; i < 10; ++i)
+        ini_table::lookup(file, name, key);
+    const auto taken = allocatedOctets - octets;
+    QCOMPARE(taken, 0ULL);
+    QCOMPARE(statCalls, stats + 10);
 }
 
 void TestUtilIniTable::leavesNothingBehind()
