@@ -133,6 +133,8 @@ private slots:
     void unusualStartFolders_data();
     void unusualStartFolders();
     void theInstallFolderComesFirst();
+    void foldersOfTheInstallTreeHideNoFile_data();
+    void foldersOfTheInstallTreeHideNoFile();
     void lengthOfTheArgument_data();
     void lengthOfTheArgument();
     void certificateTextAsArgument();
@@ -447,6 +449,24 @@ void TestAppProcess::theInstallFolderComesFirst()
     QVERIFY(tree.add(example("server.pem"), "one.pem"));
     QVERIFY(tree.write("../elsewhere/one.pem", "no certificate"));
     Program program(tree, kViewer, {QStringLiteral("one.pem")});
+    QVERIFY(program.says(kReady));
+    QCOMPARE(parsed(program), 1);
+}
+
+void TestAppProcess::foldersOfTheInstallTreeHideNoFile_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char *name : {"bin", "languages", "./bin"})
+        QTest::newRow(name) << QString::fromLatin1(name);
+}
+
+void TestAppProcess::foldersOfTheInstallTreeHideNoFile()
+{
+    QFETCH(QString, name);
+    const ViewerTree tree;
+    QVERIFY(QFileInfo(tree.path(name.toLatin1().constData())).isDir());
+    tree.startBeside("server.pem", name);
+    Program program(tree, kViewer, {name});
     QVERIFY(program.says(kReady));
     QCOMPARE(parsed(program), 1);
 }
