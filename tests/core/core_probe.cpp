@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QHash>
+#include <QPointer>
 
 namespace {
 
@@ -80,7 +81,18 @@ const QHash<QString, std::function<void()>> &words()
              GetCoreManager()->GetSignatureManager()->invokeHelper(QStringLiteral("any"), nullptr);
          }},
         {QStringLiteral("destroy"), [] { qtcall_destroy(); }},
-        {QStringLiteral("delete"), [] { delete GetCoreManager(); }},
+        {QStringLiteral("destroyAgent"),
+         [] {
+             const QPointer<QObject> agent = getSignatureCore();
+             qtcall_destroy();
+             say(QLatin1String("agent gone ") + yesOrNo(!agent));
+         }},
+        {QStringLiteral("delete"),
+         [] {
+             const QPointer<QObject> agent = GetCoreManager()->GetSignatureManager();
+             delete GetCoreManager();
+             say(QLatin1String("manager gone ") + yesOrNo(!agent));
+         }},
     };
     return all;
 }

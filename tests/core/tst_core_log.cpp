@@ -1,4 +1,5 @@
 #include "core/q_dispatch.h"
+#include "tests/support/open_descriptors.h"
 #include "tests/support/ordinary_user.h"
 
 #include <fcntl.h>
@@ -43,6 +44,8 @@ private slots:
     void linkToTheDirectory();
     void newFileObeysTheMask();
     void linesOfManyProcessesStayWhole();
+    void leavesNothingOpen_data();
+    void leavesNothingOpen();
 
 private:
     QString logFile() const { return m_directory->filePath(QStringLiteral("tessera_core.log")); }
@@ -276,6 +279,28 @@ void TestCoreLog::linesOfManyProcessesStayWhole()
     QCOMPARE(lines.size(), kProcesses * kLines + 1);
     for (int i = 0; i < kProcesses * kLines; ++i)
         QCOMPARE(lines.at(i).mid(8), ": " + message.toUtf8());
+}
+
+void TestCoreLog::leavesNothingOpen_data()
+{
+    QTest::addColumn<QByteArray>("kind");
+    for (const char *kind : {"written", "a folder", "a pipe", "of another user"})
+        QTest::newRow(kind) << QByteArray(kind);
+}
+
+void TestCoreLog::leavesNothingOpen()
+{
+    QFETCH(QByteArray, kind);
+    if (kind == "a folder")
+        QVERIFY(QDir().mkdir(logFile()));
+    else if (kind == "a pipe")
+        QCOMPARE(::mkfifo(logPath().constData(), S_IRUSR | S_IWUSR), 0);
+    else if (kind == "of another user")
+        QCOMPARE(::chown(QFile::encodeName(m_directory->path()).constData(), kNobody, -1), 0);
+    const int before = openDescriptors();
+    for (int i = 0; i < 3; ++i)
+        m_agent.Corelog(QStringLiteral("line"));
+    QCOMPARE(openDescriptors(), before);
 }
 
 QTEST_GUILESS_MAIN(TestCoreLog)

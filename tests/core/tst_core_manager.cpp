@@ -83,13 +83,16 @@ void TestCoreManager::cases_data()
         << QStringLiteral("full") << QStringLiteral("destroy agent mapped config destroy")
         << QByteArray("core: PX_Init  \ncore: PX_GetSignatureCore null \n"
                       "agent null\nmapped yes\nconfig \n");
+    QTest::newRow("core: the agent goes with the core")
+        << QStringLiteral("full") << QStringLiteral("destroyAgent")
+        << QByteArray("core: PX_Init  \ncore: PX_GetSignatureCore null \nagent gone yes\n");
     QTest::newRow("core: the manager's end is the core's")
         << QStringLiteral("full") << QStringLiteral("signatureManager delete agent mapped path")
         << QByteArray("core: PX_Init  \ncore: PX_GetSignatureCore null \n"
                       "core: createComponentObject PXSIGNATUREMANAGER.PXSignatureManager.1 "
                       "1F3A9C52-7B4D-4E21-A8C6-2D90E5B7F013\n"
                       "manager \"Agent\" of \"component 1F3A9C52-7B4D-4E21-A8C6-2D90E5B7F013\"\n"
-                      "the same yes\nagent null\nmapped yes\nPath = %TREE% \n"
+                      "the same yes\nmanager gone yes\nagent null\nmapped yes\nPath = %TREE% \n"
                       "core: PX_Init  \ncore: PX_GetSignatureCore null \npath %TREE%\n");
     QTest::newRow("core: may be had again after destroy")
         << QStringLiteral("full") << QStringLiteral("destroy init agent")

@@ -12,8 +12,10 @@
 
 PX_SMALL_ALLOCATIONS
 
-// How much the library asked for last; the linker hands its requests to these.
+// How much the library asked for last, and how many buffers it did not give back; the linker hands
+// its requests to these.
 static std::size_t asked = 0;
+static int buffers = 0;
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker's names.
 extern "C" {
@@ -21,7 +23,15 @@ void *__real_calloc(std::size_t count, std::size_t size);
 void *__wrap_calloc(std::size_t count, std::size_t size)
 {
     asked = count * size;
-    return __real_calloc(count, size);
+    void *memory = __real_calloc(count, size);
+    buffers += memory ? 1 : 0;
+    return memory;
+}
+void __real_free(void *memory);
+void __wrap_free(void *memory)
+{
+    buffers -= memory ? 1 : 0;
+    __real_free(memory);
 }
 void *__real__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag);
 void *__wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag)
@@ -149,6 +159,7 @@ private slots:
     void roundTripEx();
     void withoutMemory();
     void sizesOfTheBuffers();
+    void refusalsKeepNoBuffer();
 };
 
 void TestPxcppBase64::encode_data()
@@ -523,6 +534,17 @@ void TestPxcppBase64::sizesOfTheBuffers()
         const Freed<char> encoded(EnCodeBase64Ex(data.constData(), size, kStandard));
         QCOMPARE(asked, std::size_t(octets));
     }
+}
+
+void TestPxcppBase64::refusalsKeepNoBuffer()
+{
+    buffers = 0;
+    QVERIFY(!EnCodeBase64Ex(nullptr, 3, kStandard));
+    QVERIFY(!EnCodeBase64Ex("Man", 3, nullptr));
+    QVERIFY(!PXBase64Decode("TWF?", nullptr));
+    QVERIFY(!PXBase64Decode("TWF", nullptr));
+    QCOMPARE(PXBase64EncodeEx("Man"), QStringLiteral("TWFu"));
+    QCOMPARE(buffers, 0);
 }
 
 QTEST_GUILESS_MAIN(TestPxcppBase64)

@@ -1,10 +1,13 @@
 #include "tests/support/message_recorder.h"
+#include "tests/support/open_descriptors.h"
+#include "util/file_reader.h"
 #include "util/ini_table.h"
 
 #include <cstdarg>
 #include <ctime>
 #include <fcntl.h>
 #include <functional>
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -78,6 +81,8 @@ private slots:
     void tickOfTheClock();
     void failedReadIsNotRemembered();
     void keyWithoutAName();
+    void whatIsNoFileAnyMore();
+    void devicesAreNotOpened();
 
 private:
     void write(const QByteArray &text) const
@@ -158,6 +163,12 @@ void TestUtilIniTrust::tickOfTheClock_data()
     constexpr qint64 kFine = 1000 * kSecond + 123456789;
     constexpr qint64 kWhole = 1000 * kSecond;
     QTest::newRow("10 ms ago") << kFine << 10 * kMillisecond << false;
+    QTest::newRow("20 ms ago") << kFine << 20 * kMillisecond << false;
+    QTest::newRow("a nanosecond more") << kFine << 20 * kMillisecond + 1 << true;
+    QTest::newRow("in 20 ms") << kFine << -20 * kMillisecond << false;
+    QTest::newRow("in a nanosecond more") << kFine << -20 * kMillisecond - 1 << true;
+    QTest::newRow("10 ms ago, in another second")
+        << 1000 * kSecond + 995 * kMillisecond << 10 * kMillisecond << false;
     QTest::newRow("100 ms ago") << kFine << 100 * kMillisecond << true;
     QTest::newRow("in 10 ms") << kFine << -10 * kMillisecond << false;
     QTest::newRow("in an hour") << kFine << -3600 * kSecond << true;
@@ -200,6 +211,32 @@ void TestUtilIniTrust::keyWithoutAName()
     const MessageRecorder recorder;
     QCOMPARE(value(), QStringLiteral("one"));
     QCOMPARE(MessageRecorder::messages(), QStringList());
+}
+
+// Between the look at a path and its opening, a folder takes the file's place.
+void TestUtilIniTrust::whatIsNoFileAnyMore()
+{
+    forge(1000 * kSecond + 1);
+    const QString path = m_directory->filePath(QStringLiteral("texts.ini"));
+    QVERIFY(QFile::remove(path));
+    QVERIFY(QDir().mkdir(path));
+    const int before = openDescriptors();
+    QCOMPARE(value(), QString());
+    QCOMPARE(value(), QString());
+    QCOMPARE(openDescriptors(), before);
+}
+
+// Opening one can already do something; one that takes a file's place is not read.
+void TestUtilIniTrust::devicesAreNotOpened()
+{
+    int opened = 0;
+    told.opening = [&opened] { return ++opened; };
+    QByteArray content;
+    QVERIFY(!file_reader::readWhole("/dev/null", content));
+    QCOMPARE(opened, 0);
+    forge(1000 * kSecond + 1);
+    QVERIFY(!file_reader::readWhole("/dev/null", content));
+    QCOMPARE(opened, 1);
 }
 
 QTEST_GUILESS_MAIN(TestUtilIniTrust)
