@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/accessible_parts.h"
 #include "app/look/focus_mark.h"
 #include "app/look/program_look.h"
 #include "app/look/window_shape.h"
@@ -99,6 +100,7 @@ MainWindow::MainWindow(QWidget *parent)
     language->LANG_SetFileName(QString());
     program_look::substituteFonts(language->section());
     new TitleTranslation(this);
+    accessible_parts::install();
 
     ui->setupUi(this);
     setUpFrame();
@@ -277,10 +279,14 @@ void MainWindow::setUpKeyboard()
     for (const char *keys : {"Esc", "Ctrl+W", "Ctrl+Q"})
         connect(new QShortcut(QKeySequence(QLatin1String(keys)), this), &QShortcut::activated, this,
                 &MainWindow::Exit);
-    // Of two pages, the next one is the one before.
+    // Of two pages, the next one is the one before. Who changes them from within one is told which
+    // it is, and goes on from its tab.
     for (const char *keys : {"Ctrl+Tab", "Ctrl+Shift+Tab", "Ctrl+PgDown", "Ctrl+PgUp"})
         connect(new QShortcut(QKeySequence(QLatin1String(keys)), this), &QShortcut::activated, this,
-                [this] { ui->tabWidget->setCurrentIndex(1 - ui->tabWidget->currentIndex()); });
+                [this] {
+                    ui->tabWidget->tabBar()->setFocus();
+                    ui->tabWidget->setCurrentIndex(1 - ui->tabWidget->currentIndex());
+                });
     connect(new TableKeys(ui->tableWidget_detailinfo), &TableKeys::rowChosen, this,
             &MainWindow::on_tableWidget_detailinfo_clicked);
     ui->comboBox_selection->view()->installEventFilter(new PopupEscape(this));
@@ -294,6 +300,9 @@ void MainWindow::nameControls()
     ui->plainTextEdit_normal_2->setAccessibleName(spoken(text_keys::kSpokenIdentity));
     ui->comboBox_selection->setAccessibleName(withoutMnemonic(ui->label_2_notice->text()));
     ui->label_2_notice->setBuddy(ui->comboBox_selection);
+    ui->tabWidget->tabBar()->setAccessibleName(spoken(text_keys::kSpokenPages));
+    for (int i = 0; i < ui->tabWidget->count(); ++i)
+        ui->tabWidget->widget(i)->setAccessibleName(ui->tabWidget->tabText(i));
     ui->tableWidget_detailinfo->setAccessibleName(spoken(text_keys::kSpokenFields));
     ui->plainTextEdit_detail_2->setAccessibleName(spoken(text_keys::kSpokenFullValue));
 }

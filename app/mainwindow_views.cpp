@@ -36,6 +36,8 @@ void MainWindow::result_normal(const QString &snormal, int type)
     TextBox *box =
         type == c_pxcert::StatusBlock ? ui->plainTextEdit_normal : ui->plainTextEdit_normal_2;
     box->appendLines(snormal, m_cert.ownLineFeeds(type));
+    if (type == c_pxcert::StatusBlock) // with which a screen reader opens the window
+        setAccessibleDescription(box->toPlainText().simplified());
 }
 
 void MainWindow::result_detail(std::vector<detail_node> detail_data)

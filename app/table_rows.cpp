@@ -13,6 +13,29 @@ QString breakable(const QString &name)
     return QString(name).replace(QLatin1Char('.'), QStringLiteral(".\u200B"));
 }
 
+// A value as a line: its beginning, for laying out one of megabytes takes seconds, without line
+// feeds.
+QString asLine(const QString &value)
+{
+    constexpr int kMostShown = 1000;
+    QString text = value.left(kMostShown);
+    while (text.endsWith(QLatin1Char('\n')))
+        text.chop(1);
+    return visible_text::shown(text, visible_text::LineFeeds::AsBlanks);
+}
+
+// A screen reader reads what is shown.
+class Cell : public QTableWidgetItem
+{
+public:
+    using QTableWidgetItem::QTableWidgetItem;
+
+    QVariant data(int role) const override
+    {
+        return role == Qt::AccessibleTextRole ? asLine(text()) : QTableWidgetItem::data(role);
+    }
+};
+
 // Only where people look: measuring each of a million rows would take far longer than showing them.
 void makeRoomForName(QTableWidget *table, int row)
 {
@@ -39,21 +62,16 @@ void appendRow(QTableWidget *table, const detail_node &node)
 {
     const int row = table->rowCount();
     table->setRowCount(row + 1);
-    auto *name = new QTableWidgetItem(node.name);
+    auto *name = new Cell(node.name);
     name->setData(kFullValueRole, node.full_value);
     table->setItem(row, kNameColumn, name);
-    table->setItem(row, kValueColumn, new QTableWidgetItem(node.value));
+    table->setItem(row, kValueColumn, new Cell(node.value));
     makeRoomForName(table, row);
 }
 
 QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const
 {
-    constexpr int kMostShown = 1000;
-    QString text = value.toString().left(kMostShown);
-    while (text.endsWith(QLatin1Char('\n')))
-        text.chop(1);
-    return QStyledItemDelegate::displayText(
-        visible_text::shown(text, visible_text::LineFeeds::AsBlanks), locale);
+    return QStyledItemDelegate::displayText(asLine(value.toString()), locale);
 }
 
 void RowDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const

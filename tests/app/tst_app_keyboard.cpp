@@ -58,10 +58,17 @@ QWidget *control(const MainWindow &window, const QByteArray &name)
     return name == "close" ? closeButton(window) : child<QWidget>(window, name.constData());
 }
 
+QAccessibleInterface *interfaceOf(QWidget *widget)
+{
+    QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(widget);
+    if (!interface)
+        qFatal("a screen reader can't see %s", qPrintable(widget->objectName()));
+    return interface;
+}
+
 QString nameOf(QWidget *widget)
 {
-    const QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(widget);
-    return interface ? interface->text(QAccessible::Name) : QString();
+    return interfaceOf(widget)->text(QAccessible::Name);
 }
 
 // The text of the label that a screen reader reads with a control whose own name is its value.
@@ -145,6 +152,11 @@ private slots:
     void markFollowsTheTab();
     void anotherWindowsFocusIsNotMarked();
     void controlsHaveNames();
+    void tabsTellWhichIsSelected();
+    void selectorTellsItsValue();
+    void picturesAndLinesAreNotRead();
+    void cellsAreReadAsTheyAreShown();
+    void theWindowTellsTheStatus();
 };
 
 void TestAppKeyboard::keysShowTheRow_data()
@@ -671,7 +683,10 @@ void TestAppKeyboard::controlsHaveNames()
     const auto named = [&](const char *name) { return nameOf(child<QWidget>(window, name)); };
     QCOMPARE(nameOf(closeButton(window)), shown(text_keys::kClose));
     QCOMPARE(nameOf(bottomButton(window)), shown(text_keys::kClose));
-    QCOMPARE(named("qt_tabwidget_tabbar"), shown(text_keys::kTabGeneral));
+    QCOMPARE(named("qt_tabwidget_tabbar"), shown(text_keys::kSpokenPages));
+    QCOMPARE(named("tab"), shown(text_keys::kTabGeneral));
+    QCOMPARE(named("tab_2"), shown(text_keys::kTabDetails));
+    QCOMPARE(named("comboBox_selection"), QStringLiteral("Show:"));
     QCOMPARE(named("plainTextEdit_normal"), shown(text_keys::kSpokenStatus));
     QCOMPARE(named("plainTextEdit_normal_2"), shown(text_keys::kSpokenIdentity));
     QCOMPARE(child<QComboBox>(window, "comboBox_selection")->accessibleName(),
@@ -683,6 +698,106 @@ void TestAppKeyboard::controlsHaveNames()
     for (const QLatin1String key : {text_keys::kSpokenStatus, text_keys::kSpokenIdentity,
                                     text_keys::kSpokenFields, text_keys::kSpokenFullValue})
         QVERIFY2(shown(key) != key, key.latin1());
+}
+
+void TestAppKeyboard::tabsTellWhichIsSelected()
+{
+    Keyed keyed;
+    const QAccessibleInterface *list = interfaceOf(keyed.tabs->tabBar());
+    QCOMPARE(list->childCount(), 2);
+    QVERIFY(!list->child(2) && !list->child(-1));
+    for (const int current : {0, 1, 0}) {
+        keyed.tabs->setCurrentIndex(current);
+        keyed.tabs->tabBar()->setFocus();
+        for (const int i : {0, 1}) {
+            QAccessibleInterface *tab = list->child(i);
+            QCOMPARE(tab->role(), QAccessible::PageTab);
+            QCOMPARE(tab->text(QAccessible::Name), keyed.tabs->tabText(i));
+            QCOMPARE(bool(tab->state().selected), i == current);
+            QCOMPARE(bool(tab->state().focused), i == current);
+            QCOMPARE(list->indexOfChild(tab), i);
+            QCOMPARE(tab->parent(), list);
+            QVERIFY(list->rect().intersects(tab->rect()));
+        }
+        QCOMPARE(list->focusChild(), list->child(current));
+    }
+    keyed.selector->setFocus();
+    QVERIFY(!list->child(0)->state().focused && !list->focusChild());
+    QAccessibleActionInterface *second = list->child(1)->actionInterface();
+    QCOMPARE(second->actionNames(), QStringList(QAccessibleActionInterface::pressAction()));
+    second->doAction(QStringLiteral("none"));
+    QCOMPARE(keyed.tabs->currentIndex(), 0);
+    second->doAction(QAccessibleActionInterface::pressAction());
+    QCOMPARE(keyed.tabs->currentIndex(), 1);
+}
+
+void TestAppKeyboard::selectorTellsItsValue()
+{
+    Keyed keyed;
+    keyed.tabs->setCurrentIndex(1);
+    QAccessibleInterface *selector = interfaceOf(keyed.selector);
+    QCOMPARE(selector->role(), QAccessible::ComboBox);
+    for (const int index : {0, 2, 1}) {
+        keyed.selector->setCurrentIndex(index);
+        const QString value = keyed.selector->itemText(index);
+        const QAccessibleTextInterface *text = selector->textInterface();
+        QCOMPARE(selector->text(QAccessible::Value), value);
+        QCOMPARE(text->characterCount(), int(value.size()));
+        QCOMPARE(text->text(0, text->characterCount()), value);
+        QCOMPARE(text->text(1, 3), value.mid(1, 2));
+    }
+    QVERIFY(selector->state().expandable && !selector->state().expanded);
+    QCOMPARE(selector->childCount(), 0);
+    selector->actionInterface()->doAction(QAccessibleActionInterface::showMenuAction());
+    QTRY_VERIFY(selector->state().expanded);
+    QCOMPARE(selector->childCount(), 1);
+    QCOMPARE(selector->child(0)->object(), keyed.selector->view());
+    QCOMPARE(selector->indexOfChild(selector->child(0)), 0);
+    keyed.selector->hidePopup();
+}
+
+void TestAppKeyboard::picturesAndLinesAreNotRead()
+{
+    MainWindow window;
+    int pictures = 0;
+    const auto labels = window.findChildren<QLabel *>();
+    for (QLabel *label : labels) {
+        const bool isPicture = label->text().isEmpty();
+        QCOMPARE(interfaceOf(label)->role(),
+                 isPicture ? QAccessible::Whitespace : QAccessible::StaticText);
+        pictures += isPicture;
+    }
+    QCOMPARE(pictures, 2);
+    const auto lines = window.findChildren<QFrame *>(QStringLiteral("lineEnd2"));
+    QCOMPARE(lines.size(), 2);
+    for (QFrame *line : lines)
+        QCOMPARE(interfaceOf(line)->role(), QAccessible::Whitespace);
+}
+
+void TestAppKeyboard::cellsAreReadAsTheyAreShown()
+{
+    MainWindow window;
+    window.result_detail({{QStringLiteral("name"), QStringLiteral("first\nsecond\n"), {}, 0},
+                          {QStringLiteral("long"), QString(5000, QLatin1Char('x')), {}, 0}});
+    auto *table = child<QTableWidget>(window, "tableWidget_detailinfo");
+    QAccessibleTableInterface *cells = interfaceOf(table)->tableInterface();
+    const auto read = [&](int row, int column) {
+        return cells->cellAt(row, column)->text(QAccessible::Name);
+    };
+    QCOMPARE(read(0, 0), QStringLiteral("name"));
+    QCOMPARE(read(0, 1), QStringLiteral("first second"));
+    QCOMPARE(read(1, 1), QString(1000, QLatin1Char('x')));
+    QCOMPARE(table->item(0, 1)->text(), QStringLiteral("first\nsecond\n"));
+}
+
+void TestAppKeyboard::theWindowTellsTheStatus()
+{
+    MainWindow window;
+    QCOMPARE(window.accessibleDescription(), QString());
+    window.result_normal(QStringLiteral(" valid for:\n      -this\n"), 0);
+    window.result_normal(QStringLiteral("holder"), 1);
+    QCOMPARE(interfaceOf(&window)->text(QAccessible::Description),
+             QStringLiteral("valid for: -this"));
 }
 
 QTEST_MAIN(TestAppKeyboard)
