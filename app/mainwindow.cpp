@@ -24,6 +24,7 @@
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QtMath>
 #include <QToolButton>
 #include <utility>
 
@@ -37,6 +38,14 @@ static void initResources()
 }
 
 namespace {
+
+// The image in the version for the resolution of the screen.
+QPixmap picture(const QString &path, const QWidget *window)
+{
+    const int version = qBound(1, qCeil(window->devicePixelRatioF()), 3);
+    return QPixmap(
+        path + (version > 1 ? QStringLiteral("@%1x.png").arg(version) : QStringLiteral(".png")));
+}
 
 QFrame *newLine(QWidget *window, const QRect &place)
 {
@@ -138,7 +147,7 @@ void MainWindow::setUpFrame()
 void MainWindow::setUpLabels()
 {
     ui->label_icon->setGeometry(placed(kIcon, m_scale));
-    ui->label_icon->setPixmap(QPixmap(QStringLiteral(":/img/cert.png")));
+    ui->label_icon->setPixmap(picture(QStringLiteral(":/img/cert"), this));
     ui->label_icon->setScaledContents(true);
     ui->label->setGeometry(placed(kIconLabel, m_scale));
     ui->label->setStyleSheet(textStyle(m_scale));
@@ -153,7 +162,7 @@ void MainWindow::setUpTitleStrip()
     auto *strip = new QLabel(this);
     strip->setGeometry(placed(kTitleStrip, m_scale));
     strip->setScaledContents(true);
-    strip->setPixmap(QPixmap(QStringLiteral(":/img/res/bk_rose_gold_noborder.png")));
+    strip->setPixmap(picture(QStringLiteral(":/img/res/bk_rose_gold_noborder"), this));
 }
 
 void MainWindow::setUpTabs()

@@ -29,6 +29,18 @@ IMAGES = (
     ("res/title_ico.png", 24, 24),
 )
 
+# What the window shows has versions for screens of the double and the threefold resolution: name,
+# drawing, width and height at the single one.
+LARGER = (
+    ("cert", "cert.svg", 21, 23),
+    ("res/bk_rose_gold_noborder", "res/bk_rose_gold_noborder.svg", 500, 44),
+    ("res/closeBtn/close_normal", "res/closeBtn/close_normal.svg", 45, 29),
+    ("res/closeBtn/close_horver", "res/closeBtn/close_horver.svg", 45, 29),
+    ("res/closeBtn/close_down", "res/closeBtn/close_down.svg", 45, 29),
+    ("res/combo1", "res/combo1_room.svg", 18, 18),
+)
+SCALES = (2, 3)
+
 # The icon's sizes and which drawing serves each: the small ones have their own, on whole pixels.
 ICONS = (
     (16, "icon/stamp-16.svg"),
@@ -68,6 +80,9 @@ def main():
 
     for name, width, height in IMAGES:
         render((SOURCE / name).with_suffix(".svg"), output / name, width, height)
+    for name, drawing, width, height in LARGER:
+        for scale in SCALES:
+            render(SOURCE / drawing, output / f"{name}@{scale}x.png", scale * width, scale * height)
     icons = []
     for size, drawing in ICONS:
         image = output / "icon" / f"stamp-{size}.png"

@@ -17,12 +17,13 @@ QPoint globalPoint(const MouseEvent *event)
 #endif
 }
 
-/// Sizes follow the desktop's scale factor, which Qt 6 does unasked. To be called before the
-/// application object is made.
+/// Sizes and pictures follow the desktop's scale factor, which Qt 6 does unasked. To be called
+/// before the application object is made.
 inline void followDesktopScale()
 {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
 #endif
 }
 

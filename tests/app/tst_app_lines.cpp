@@ -2,10 +2,15 @@
 #include "tests/app/viewer_tree.h"
 #include "tests/app/widgets.h"
 
+#include <algorithm>
 #include <cmath>
+#include <QComboBox>
 #include <QGuiApplication>
+#include <QLabel>
+#include <QPainter>
 #include <QPlainTextEdit>
 #include <QScreen>
+#include <QStyleOptionComboBox>
 #include <QTableWidget>
 #include <QTabWidget>
 #include <QtTest>
@@ -41,6 +46,35 @@ Lines linesCrossed(const QImage &picture, int at, bool down, QRgb color)
     return lines;
 }
 
+// The greatest difference in any channel of any pixel.
+int difference(const QImage &one, const QImage &other)
+{
+    if (one.size() != other.size())
+        return 256;
+    int greatest = 0;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x) {
+            const QColor a = one.pixelColor(x, y);
+            const QColor b = other.pixelColor(x, y);
+            greatest = std::max({greatest, std::abs(a.red() - b.red()),
+                                 std::abs(a.green() - b.green()), std::abs(a.blue() - b.blue())});
+        }
+    }
+    return greatest;
+}
+
+// An image as it should be seen: its drawing at this size, over what is below it.
+QImage drawn(const char *name, const QSize &size, const QImage &below)
+{
+    QImage image = QImage(QStringLiteral(PX_SOURCE_DIR "/app/img/") + QLatin1String(name));
+    image.setDevicePixelRatio(1);
+    if (image.size() != size)
+        image = image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    QImage all = below.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    QPainter(&all).drawImage(0, 0, image);
+    return all;
+}
+
 QString printed(const Lines &lines)
 {
     QStringList all;
@@ -51,7 +85,8 @@ QString printed(const Lines &lines)
 
 } // namespace
 
-// Whether the lines of both pages are there at every scale, each once and as thick as a pixel is.
+// Whether the lines of both pages are there at every scale, each once and as thick as a pixel is,
+// and the pictures are made of the screen's own pixels.
 class TestAppLines : public QObject
 {
     Q_OBJECT
@@ -60,12 +95,16 @@ private slots:
     void initTestCase();
     void lines_data();
     void lines();
+    void pictures_data();
+    void pictures();
 
 private:
     void verifyLines(const Lines &lines, const QVector<int> &expected, double scale) const;
 
     QRect m_table;
     QRect m_box;
+    QRect m_icon;
+    QRect m_arrow;
 };
 
 // Where they are at scale 1.
@@ -76,8 +115,16 @@ void TestAppLines::initTestCase()
     const auto place = [&](QWidget *widget) {
         return QRect(widget->mapTo(&window, QPoint(0, 0)), widget->size());
     };
-    child<QTabWidget>(window, "tabWidget")->setCurrentIndex(1);
     window.show();
+    m_icon = place(child<QLabel>(window, "label_icon"));
+    child<QTabWidget>(window, "tabWidget")->setCurrentIndex(1);
+    auto *selector = child<QComboBox>(window, "comboBox_selection");
+    QStyleOptionComboBox option;
+    option.initFrom(selector);
+    option.subControls = QStyle::SC_All;
+    m_arrow = selector->style()
+                  ->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxArrow, selector)
+                  .translated(place(selector).topLeft());
     m_table = place(child<QTableWidget>(window, "tableWidget_detailinfo"));
     m_box = place(child<QPlainTextEdit>(window, "plainTextEdit_detail_2"));
 }
@@ -135,6 +182,67 @@ void TestAppLines::lines()
         verifyLines(onDetails(frame.center().y(), false, kFrame), {frame.left(), frame.right()},
                     scale);
     QVERIFY(onDetails(250, true, kHeaderFrame).size() >= 1);
+}
+
+void TestAppLines::pictures_data()
+{
+    QTest::addColumn<int>("scale");
+    QTest::addColumn<QByteArray>("version");
+    QTest::newRow("1") << 1 << QByteArray();
+    QTest::newRow("2") << 2 << QByteArray("@2x");
+    QTest::newRow("3") << 3 << QByteArray("@3x");
+}
+
+// Each is seen in its version for the scale, pixel by pixel.
+void TestAppLines::pictures()
+{
+    QFETCH(int, scale);
+    QFETCH(QByteArray, version);
+    constexpr int kRounding = 4; // of colours, where one is drawn over another
+    ViewerTree tree;
+    tree.environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QString::number(scale));
+    Program program(tree, "PXViewCertTool", {QStringLiteral("/nowhere")});
+    const QString id = program.window();
+    QVERIFY(!id.isEmpty());
+    const QPoint corner = Program::place(id).topLeft();
+    const auto seen = [&](const QRect &part) {
+        return pictureOf(QRect(corner + part.topLeft() * scale, part.size() * scale));
+    };
+    const auto plain = [&](const QSize &size) {
+        QImage image(size * scale, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::white);
+        return image;
+    };
+    const auto file = [&](const char *name) { return name + version + ".png"; };
+
+    QTRY_VERIFY(linesCrossed(pictureOf(Program::place(id)), 250 * scale, true, kDivider).size() ==
+                2);
+    const QRect strip(11, 7, 414, 41);
+    const QImage stripDrawn = drawn(file("res/bk_rose_gold_noborder").constData(),
+                                    strip.size() * scale, plain(strip.size()));
+    const QRect seal(20, 9, 36, 37); // where neither corner, caption nor button is
+    QVERIFY(difference(seen(seal), stripDrawn.copy(QRect((seal.topLeft() - strip.topLeft()) * scale,
+                                                         seal.size() * scale))) <= kRounding);
+    const QRect face(371, 17, 45, 29);
+    const QImage below =
+        stripDrawn.copy(QRect((face.topLeft() - strip.topLeft()) * scale, face.size() * scale));
+    QVERIFY(difference(seen(face), drawn(file("res/closeBtn/close_normal").constData(),
+                                         face.size() * scale, below)) <= kRounding);
+    const QRect icon(m_icon);
+    QVERIFY(difference(seen(icon), drawn(file("cert").constData(), icon.size() * scale,
+                                         plain(icon.size()))) <= kRounding);
+
+    Program::xdotool({QStringLiteral("windowfocus"), QStringLiteral("--sync"), id,
+                      QStringLiteral("key"), QStringLiteral("Right")});
+    QTRY_VERIFY(linesCrossed(pictureOf(Program::place(id)), 250 * scale, true, kDivider).size() ==
+                1);
+    QTest::qWait(300);
+    const QSize room(18, 18);
+    const QRect arrow(m_arrow.center() - QPoint(8, 8), room);
+    const QImage expected =
+        scale == 1 ? QImage() : drawn(file("res/combo1").constData(), room * scale, plain(room));
+    if (!expected.isNull())
+        QVERIFY(difference(seen(arrow), expected) <= kRounding);
 }
 
 QTEST_MAIN(TestAppLines)

@@ -107,6 +107,18 @@ void TestArtworkImages::haveTheirSizes_data()
     add(":/img/res/closeBtn/close_horver.png", 45, 29);
     add(":/img/res/closeBtn/close_down.png", 45, 29);
     add(":/img/res/combo1.png", 7, 5);
+    for (const int scale : {2, 3}) {
+        const auto addLarger = [&](const char *path, const char *suffix, int width, int height) {
+            add(QStringLiteral("%1@%2x%3").arg(path).arg(scale).arg(suffix).toLatin1(),
+                scale * width, scale * height);
+        };
+        addLarger(":/img/cert", ".png", 21, 23);
+        addLarger(":/img/res/bk_rose_gold_noborder", ".png", 500, 44);
+        addLarger(":/img/res/closeBtn/close_normal", ".png", 45, 29);
+        addLarger(":/img/res/closeBtn/close_horver", ".png", 45, 29);
+        addLarger(":/img/res/closeBtn/close_down", ".png", 45, 29);
+        addLarger(":/img/res/combo1", "", 18, 18); // with the room around it
+    }
     add(":/img/res/stamp.ico", 256, 256);
     add(":/img/res/title_ico.png", 24, 24);
     add(":/img/res/down.png", 7, 5);
