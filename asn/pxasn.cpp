@@ -146,9 +146,9 @@ int PXAsn::open(const QByteArray &data)
 
 void PXAsn::close()
 {
+    const AsnBlockPtr root(node); // this object may be told to forget it, too
     deleteChildren();
-    forgetNodes(node, true);
+    forgetNodes(root.get(), true);
     sharesNodes = false;
-    ASNDeleteBlock(node);
     node = nullptr;
 }
