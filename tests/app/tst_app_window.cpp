@@ -131,7 +131,8 @@ void TestAppWindow::formHoldsTwelveWidgetsInOrder()
     for (const auto &[name, at] : members) {
         QCOMPARE(at, offset);
         QWidget *widget = nullptr;
-        std::memcpy(&widget, reinterpret_cast<const char *>(&form) + at, kPointerSize);
+        std::memcpy(static_cast<void *>(&widget), reinterpret_cast<const char *>(&form) + at,
+                    kPointerSize);
         QCOMPARE(widget->objectName(), QString::fromLatin1(name));
         offset += kPointerSize;
     }
