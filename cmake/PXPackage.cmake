@@ -14,6 +14,10 @@ by whom, and lists every field and extension with its full value.
 The texts are in Simplified Chinese, Traditional Chinese and English.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr/lib/orvane)
 set(CPACK_STRIP_FILES ON)
+# By name, for the list of what was installed by hand, by root perhaps, is that of no component.
+foreach(component viewer core)
+    list(APPEND CPACK_INSTALL_CMAKE_PROJECTS "${PROJECT_BINARY_DIR}" "${PROJECT_NAME}" ${component} /)
+endforeach()
 set(CPACK_PRE_BUILD_SCRIPTS "${px_packaging}/finish_tree.cmake")
 
 # The default core comes along as pxviewcerttool-core and gives way to a suite's, whose package may
