@@ -14,9 +14,10 @@ constexpr int kExtensions = 7; // of a v3 certificate without unique identifiers
 constexpr int kFieldsWithoutExtensions = 6;
 
 // A date-time as its clock shows it, to the second, whatever zone it is in.
-std::pair<QDate, int> clockSeconds(const QDateTime &time)
+std::pair<QDate, QTime> clockSecond(const QDateTime &time)
 {
-    return {time.date(), time.time().msecsSinceStartOfDay() / 1000};
+    const QTime clock = time.time();
+    return {time.date(), QTime(clock.hour(), clock.minute(), clock.second())};
 }
 
 } // namespace
@@ -67,9 +68,9 @@ void c_pxcert::readCertificate(QByteArray certificate)
 bool c_pxcert::isCertValid() const
 {
     // Deliberate: a bound that could not be read does not make the certificate invalid.
-    const auto now = clockSeconds(QDateTime::currentDateTime());
-    const bool expired = m_notAfter.isValid() && clockSeconds(m_notAfter) < now;
-    const bool notYetValid = m_notBefore.isValid() && clockSeconds(m_notBefore) > now;
+    const auto now = clockSecond(QDateTime::currentDateTime());
+    const bool expired = m_notAfter.isValid() && clockSecond(m_notAfter) < now;
+    const bool notYetValid = m_notBefore.isValid() && clockSecond(m_notBefore) > now;
     return !expired && !notYetValid;
 }
 

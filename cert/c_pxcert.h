@@ -112,7 +112,7 @@ private:
     void readCertificate(QByteArray certificate);
 
     // One field of the TBSCertificate each; a null block is a missing field.
-    bool readVersion(PXAsnBlock *tbs, int &next); ///< `next`: the index of the field after it
+    bool readVersion(PXAsnBlock *tbs, int &next); ///< `next` moves on to the field after it
     bool readSerialNumber(PXAsnBlock *serialNumber);
     bool readSignatureAlgorithm(PXAsnBlock *signature);
     bool readName(PXAsnBlock *name, const char *field, QLatin1String rowKey,

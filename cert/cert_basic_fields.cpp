@@ -95,8 +95,7 @@ bool c_pxcert::parseTBSCertificate_basedata(PXAsnBlock *document)
 // Version ::= INTEGER { v1(0), v2(1), v3(2) }, [0] EXPLICIT, absent in a v1 certificate.
 bool c_pxcert::readVersion(PXAsnBlock *tbs, int &next)
 {
-    next = 0;
-    PXAsnBlock *wrapper = tbs->getChild(0, ASN_TAG_VERSION);
+    PXAsnBlock *wrapper = tbs->getChild(next, ASN_TAG_VERSION);
     if (!wrapper) {
         fail("version");
         return true;
@@ -108,7 +107,7 @@ bool c_pxcert::readVersion(PXAsnBlock *tbs, int &next)
     // One more than the greatest number wraps.
     const int shown = static_cast<int>(static_cast<unsigned int>(m_version) + 1);
     add_node(texts::shown(text_keys::kVersion), QStringLiteral("V%1").arg(shown));
-    next = 1;
+    ++next;
     return true;
 }
 

@@ -67,6 +67,23 @@ private slots:
         QVERIFY(parsed.blocks.at(1).first.contains(name));
     }
 
+    void basicFieldsTellWhetherAllWereRead()
+    {
+        Certificate whole;
+        Certificate withoutVersion;
+        withoutVersion.version = tlv(0xA0, {});
+        Certificate withoutSubject;
+        withoutSubject.subject = tlv(0x05, {});
+        const auto areRead = [](const Certificate &certificate) {
+            PXAsn document(nullptr);
+            document.open(certificate.encoded());
+            return c_pxcert(nullptr).parseTBSCertificate_basedata(&document);
+        };
+        QVERIFY(areRead(whole));
+        QVERIFY(!areRead(withoutVersion));
+        QVERIFY(!areRead(withoutSubject));
+    }
+
     void attributeOperations()
     {
         PXAsn document(nullptr);
