@@ -71,6 +71,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    void showNothing();
     void setUpFrame();
     void setUpLabels();
     void setUpTitleStrip();

@@ -5,6 +5,7 @@
 #include "app/certificate_argument.h"
 #include "app/table_rows.h"
 #include "ui_mainwindow.h"
+#include "util/memory_edge.h"
 
 #include <iterator>
 #include <QDebug>
@@ -28,7 +29,18 @@ bool MainWindow::loadcertfile(const char *path)
                             : m_cert.loadfile(certificate_argument::filePath(argument).constData());
     if (loaded)
         qDebug("mainwindow::loadcertfile end");
+    else
+        showNothing(); // what came before memory ran out may be half of it
     return loaded;
+}
+
+void MainWindow::showNothing()
+{
+    m_nodes.clear();
+    ui->tableWidget_detailinfo->setRowCount(0);
+    for (TextBox *box :
+         {ui->plainTextEdit_normal, ui->plainTextEdit_normal_2, ui->plainTextEdit_detail_2})
+        box->clearTexts();
 }
 
 void MainWindow::result_normal(const QString &snormal, int type)
@@ -54,22 +66,30 @@ void MainWindow::on_comboBox_selection_currentIndexChanged(int index)
 {
     ui->tableWidget_detailinfo->setRowCount(0);
     ui->plainTextEdit_detail_2->clearTexts();
-    for (const detail_node &node : m_nodes) {
-        if (isSelected(node, index))
-            appendRow(ui->tableWidget_detailinfo, node);
-    }
+    const bool sufficed = memory_edge::suffices([&] {
+        for (const detail_node &node : m_nodes) {
+            if (isSelected(node, index))
+                appendRow(ui->tableWidget_detailinfo, node);
+        }
+    });
+    if (!sufficed)
+        ui->tableWidget_detailinfo->setRowCount(0);
 }
 
 void MainWindow::on_tableWidget_detailinfo_clicked(const QModelIndex &index)
 {
     ui->plainTextEdit_detail_2->clearTexts();
     const QString name = ui->tableWidget_detailinfo->item(index.row(), kNameColumn)->text();
-    std::vector<QString> texts;
-    for (const detail_node &node : m_nodes) {
-        if (node.name == name)
-            texts.push_back(node.full_value);
-    }
-    ui->plainTextEdit_detail_2->appendTexts(texts);
+    const bool sufficed = memory_edge::suffices([&] {
+        std::vector<QString> texts;
+        for (const detail_node &node : m_nodes) {
+            if (node.name == name)
+                texts.push_back(node.full_value);
+        }
+        ui->plainTextEdit_detail_2->appendTexts(texts);
+    });
+    if (!sufficed)
+        ui->plainTextEdit_detail_2->clearTexts();
 }
 
 void MainWindow::on_tabWidget_currentChanged(int index)

@@ -10,6 +10,7 @@ class Parser
 {
 public:
     stASN_BLOCK_HEADER *element(stASN_BLOCK_HEADER *parent, DerCursor &cursor);
+    bool ranOutOfMemory() const { return m_ranOutOfMemory; }
 
 private:
     AsnBlockPtr nodeOf(const DerElement &element);
@@ -19,6 +20,7 @@ private:
 
     int m_openElements = 0;
     unsigned int m_count = 0;
+    bool m_ranOutOfMemory = false;
 };
 
 stASN_BLOCK_HEADER *Parser::element(stASN_BLOCK_HEADER *parent, DerCursor &cursor)
@@ -30,9 +32,12 @@ stASN_BLOCK_HEADER *Parser::element(stASN_BLOCK_HEADER *parent, DerCursor &curso
         !ASN_TAGVALID(cursor.identifier()) || !cursor.next(element))
         return nullptr;
     ++m_count;
+    // From here on nothing but memory can be missing.
     AsnBlockPtr node = nodeOf(element);
-    if (!node || (parent && !ASNAppendChild(parent, node.get())))
+    if (!node || (parent && !ASNAppendChild(parent, node.get()))) {
+        m_ranOutOfMemory = true;
         return nullptr;
+    }
     return node.release();
 }
 
@@ -44,7 +49,7 @@ AsnBlockPtr Parser::nodeOf(const DerElement &element)
     if (element.tag == ASN_TAG_OCTET_STRING && g_bExtend && isRunOfElements(element.content)) {
         const unsigned int count = m_count;
         AsnBlockPtr node = withChildren(element.tag, children);
-        if (children.atEnd())
+        if (!node || children.atEnd())
             return node;
         m_count = count; // there were too many: none of them stays
     }
@@ -100,7 +105,12 @@ stASN_BLOCK_HEADER *ASNAddByData(stASN_BLOCK_HEADER *parent, const unsigned char
                                  unsigned int size)
 {
     DerCursor cursor({data, data ? size : 0});
-    return Parser().element(parent, cursor);
+    Parser parser;
+    AsnBlockPtr node(parser.element(nullptr, cursor));
+    // A tree that lacks what memory had no room for would be another one.
+    if (parser.ranOutOfMemory() || (node && parent && !ASNAppendChild(parent, node.get())))
+        return nullptr;
+    return node.release();
 }
 
 unsigned int ASNCalcBlockLength(const unsigned char *data, unsigned int available)

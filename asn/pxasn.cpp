@@ -4,7 +4,9 @@
 #include "asn/octet_view.h"
 #include "core/core_calls.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <new>
 #include <QDebug>
 
 namespace {
@@ -12,7 +14,11 @@ namespace {
 AsnBlockPtr parsed(const QByteArray &der)
 {
     const OctetView octets = viewOf(der);
-    return AsnBlockPtr(ASNAddByData(nullptr, octets.data, octets.size));
+    errno = 0;
+    AsnBlockPtr root(ASNAddByData(nullptr, octets.data, octets.size));
+    if (!root && errno == ENOMEM)
+        throw std::bad_alloc();
+    return root;
 }
 
 } // namespace
@@ -37,8 +43,8 @@ int PXAsnBlock::load(stASN_BLOCK_HEADER *block)
     }
     makeChildren();
     const bool isLoaded = !listChild.isEmpty();
-    node = block;
     addPlaces(block);
+    node = block; // what throws has thrown by now
     if (isLoaded || qobject_cast<PXAsnBlock *>(parent()))
         shareNodes();
     return 1;
@@ -124,7 +130,7 @@ PXAsn::~PXAsn()
 
 int PXAsn::open(const QByteArray &data)
 {
-    qDebug() << "[PXAsn::open]...";
+    qDebug("[PXAsn::open]...");
     core_calls::sendProgress("open", 40, " start");
     if (data.isEmpty())
         return 0;

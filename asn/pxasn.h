@@ -158,7 +158,8 @@ public:
     ~PXAsn() override;
 
     /// Parses DER, or base64 text of it: its first element, with all that is below. Nothing points
-    /// into `data` afterwards. Clears the extension switch (`g_bExtend`). Linear in `data`.
+    /// into `data` afterwards. Throws `std::bad_alloc`, as the toolkit's containers do, rather than
+    /// to hold a part of a tree. Clears the extension switch (`g_bExtend`). Linear in `data`.
     int open(const QByteArray &data);
     /// Makes this a document of an empty SEQUENCE. Deliberate: the tag only has to be a constructed
     /// one.

@@ -2,6 +2,7 @@
 #include "asn/pxasn.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace {
 
@@ -22,27 +23,24 @@ void forEachBelow(PXAsnBlock *top, const Visit &visit)
 
 } // namespace
 
-// Parents come before their children in the lists, and go after them: an object that still had some
-// would end them by recursion. Siblings go front to back: each is then the first that its parent's
-// own list is searched for.
+// Children before their parents, which would end them by recursion, and without memory: there may
+// be none left. Siblings go front to back: each is then the first that its parent's own list is
+// searched for.
 void PXAsnBlock::deleteChildren()
 {
     m_nodesAtPlaces.clear();
-    if (listChild.isEmpty())
-        return;
-    std::vector<QList<PXAsnBlock *>> lists(1);
-    lists.front().swap(listChild);
-    for (std::size_t i = 0; i < lists.size(); ++i) {
-        const QList<PXAsnBlock *> siblings = lists[i];
-        for (PXAsnBlock *child : siblings) {
-            if (!child || child->listChild.isEmpty())
-                continue;
-            lists.emplace_back();
-            lists.back().swap(child->listChild);
+    PXAsnBlock *block = this;
+    while (block != this || !listChild.isEmpty()) {
+        PXAsnBlock *child = block->listChild.isEmpty() ? nullptr : block->listChild.constFirst();
+        if (block->listChild.isEmpty()) {
+            block = static_cast<PXAsnBlock *>(block->parent());
+        } else if (child && !child->listChild.isEmpty()) {
+            block = child;
+        } else {
+            block->listChild.removeFirst();
+            delete child;
         }
     }
-    for (; !lists.empty(); lists.pop_back())
-        qDeleteAll(lists.back());
 }
 
 void PXAsnBlock::addPlaces(const stASN_BLOCK_HEADER *block)
@@ -69,9 +67,12 @@ PXAsnBlock *PXAsnBlock::childAt(int index) const
 {
     PXAsnBlock *&child = listChild[index];
     if (!child && nodeAtPlace(index)) {
-        child = new PXAsnBlock(const_cast<PXAsnBlock *>(this));
-        child->node = nodeAtPlace(index);
-        child->addPlaces(child->node);
+        auto made = std::make_unique<PXAsnBlock>(nullptr);
+        made->node = nodeAtPlace(index);
+        made->addPlaces(made->node);
+        // Not by the constructor, which in Qt 5 undoes too much where memory ends within it.
+        made->setParent(const_cast<PXAsnBlock *>(this));
+        child = made.release();
     }
     return child;
 }

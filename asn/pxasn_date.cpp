@@ -1,6 +1,5 @@
 #include "asn/pxasn.h"
-
-#include <QDebug>
+#include "util/debug_line.h"
 
 namespace {
 
@@ -68,8 +67,8 @@ QDateTime PXAsnBlock::convertDateTime(const QByteArray &text)
 PXAsnBlock::operator QDateTime() const
 {
     const QString text = toString();
-    qDebug() << "[PXAsn::operator QDateTime]...";
-    qDebug() << "text: " << text;
+    qDebug("[PXAsn::operator QDateTime]...");
+    debugLine("text: ", text);
     const bool isUtcTime = checkTag(ASN_TAG_UTC_TIME);
     if (!isUtcTime && !checkTag(ASN_TAG_GENERALIZED_TIME))
         return {};

@@ -3,7 +3,9 @@
 #include "asn/pxasn.h"
 #include "cert/certificate_input.h"
 #include "util/c_util.h"
+#include "util/memory_edge.h"
 
+#include <cstddef>
 #include <QDebug>
 #include <utility>
 
@@ -31,24 +33,39 @@ c_pxcert::c_pxcert(QObject *parent)
 
 bool c_pxcert::loadfile(const char *path)
 {
-    QByteArray content;
-    if (!c_util().readfile(path, content) || content.isEmpty())
-        return false;
-    QByteArray octets = certificate_input::certificateOctets(std::move(content));
-    parse_cert(std::move(octets));
-    return true;
+    bool loaded = false;
+    memory_edge::suffices([&] {
+        QByteArray content;
+        if (!c_util().readfile(path, content) || content.isEmpty())
+            return;
+        QByteArray octets = certificate_input::certificateOctets(std::move(content));
+        loaded = parse_cert(std::move(octets));
+    });
+    return loaded;
 }
 
 bool c_pxcert::parse_cert(QByteArray certificate)
 {
-    readCertificate(std::move(certificate));
-    qDebug() << "parse cert end";
+    const auto rows = static_cast<std::ptrdiff_t>(m_rows.size());
+    const auto purposes = static_cast<std::ptrdiff_t>(m_purposes.size());
+    const bool sufficed = memory_edge::suffices([&] {
+        readCertificate(std::move(certificate));
+        qDebug("parse cert end");
+        emitResults();
+        qDebug("parse cert end2");
+    });
+    if (!sufficed) {
+        m_rows.erase(m_rows.begin() + rows, m_rows.end());
+        m_purposes.erase(m_purposes.begin() + purposes, m_purposes.end());
+    }
+    return sufficed;
+}
 
+void c_pxcert::emitResults()
+{
     tell(StatusBlock, statusBlock());
     tell(IdentityBlock, identityBlock());
     emit result_detail(m_rows);
-    qDebug() << "parse cert end2";
-    return true;
 }
 
 // The octets go as soon as the document has its own, and the document before the texts are made of

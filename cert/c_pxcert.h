@@ -35,12 +35,14 @@ public:
 
     /// Reads the file (PEM or DER, see `certificate_input`) and parses it. False, with nothing
     /// emitted, when the file can't be read, is empty or is too large (`c_util::kMaxFileSize`);
-    /// true otherwise, whatever the parse found. `path` is in the encoding of the file system.
+    /// false as well when `parse_cert` is; true otherwise, whatever the parse found. `path` is in
+    /// the encoding of the file system.
     bool loadfile(const char *path);
 
     /// Certificate ::= SEQUENCE { tbsCertificate, signatureAlgorithm, signatureValue } (RFC 5280,
     /// 4.1), of which the first alone is read. Parses a certificate (DER, base64 or PEM) and emits
-    /// the status block, the identity block and all rows, in this order. Always true.
+    /// the status block, the identity block and all rows, in this order. True, but where memory
+    /// runs out, here or in what is connected: what was emitted by then is not to be shown.
     bool parse_cert(QByteArray certificate);
 
     /// Whether now lies within the validity period, both bounds included, compared to the second
@@ -128,6 +130,7 @@ private:
 
     SummaryBlock statusBlock() const;
     SummaryBlock identityBlock() const;
+    void emitResults();
     void tell(Block number, SummaryBlock block);
 
     int m_version = 0; ///< as encoded: 0 is v1, 2 is v3

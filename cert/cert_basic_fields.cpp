@@ -12,9 +12,7 @@ namespace {
 
 bool fail(const char *field)
 {
-    qDebug().noquote() << QStringLiteral("[PXCertificate::parseTBSCertificate] "
-                                         "...tbsCertificate %1 fail")
-                              .arg(QLatin1String(field));
+    qDebug("[PXCertificate::parseTBSCertificate] ...tbsCertificate %s fail", field);
     return false;
 }
 
@@ -88,7 +86,7 @@ bool c_pxcert::parseTBSCertificate_basedata(PXAsnBlock *document)
                                    text_keys::kSubject, &c_pxcert::parseTBSSubject) &&
                           readPublicKey(tbs->getChild(next + 5, ASN_TAG_SEQUENCE));
     if (complete)
-        qDebug() << "[PXCertificate::parseTBSCertificate] end";
+        qDebug("[PXCertificate::parseTBSCertificate] end");
     return complete;
 }
 

@@ -2,11 +2,11 @@
 
 #include "asn/pxasn.h"
 #include "cert/recognised_extensions.h"
+#include "util/debug_line.h"
 #include "util/texts.h"
 
 #include <algorithm>
 #include <iterator>
-#include <QDebug>
 
 namespace {
 
@@ -22,7 +22,7 @@ bool read(const PXAsnBlock &extension, const RecognisedExtension &as, extension_
     for (int i = 1; i < extension.getChildCount(); ++i) {
         const PXAsnBlock *part = extension.getChild(i, 0);
         if (!part) {
-            qDebug() << "[PXCertificate::parseTBSCertificate] ...tbsCertificate value fail";
+            qDebug("[PXCertificate::parseTBSCertificate] ...tbsCertificate value fail");
             return false;
         }
         if (as.fromItems)
@@ -70,7 +70,7 @@ bool c_pxcert::parseTBSCertificate_extendata(PXAsnBlock *extensions)
                 return false;
         }
     }
-    qDebug() << "[PXCertificate::parseExterndCertificate] end";
+    qDebug("[PXCertificate::parseExterndCertificate] end");
     return true;
 }
 
@@ -82,7 +82,7 @@ bool c_pxcert::readExtension(const PXAsnBlock &extension, const ExtensionNames &
     if (!identifier)
         return true;
     const QString name = texts::raw(identifier->toString());
-    qDebug() << name << " count" << extension.getChildCount();
+    debugLine(name, " count", extension.getChildCount());
     extension_texts::Said said;
     if (!read(extension, names.named(name), said))
         return false;

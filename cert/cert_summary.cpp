@@ -1,10 +1,9 @@
 #include "cert/c_pxcert.h"
 
 #include "cert/display_date.h"
+#include "util/debug_line.h"
 #include "util/text_keys.h"
 #include "util/texts.h"
-
-#include <QDebug>
 
 namespace {
 
@@ -38,7 +37,7 @@ SummaryBlock c_pxcert::statusBlock() const
     const bool isValid = isCertValid();
     if (!isValid || m_purposes.empty()) {
         block.say(headLine(isValid ? text_keys::kStatusValid : text_keys::kStatusNotValid));
-        qDebug() << block.text;
+        debugLine(block.text);
     } else {
         QString head = QStringLiteral(" %1\n      -%2\n      -%3");
         for (const QLatin1String key :

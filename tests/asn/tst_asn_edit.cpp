@@ -435,7 +435,7 @@ private slots:
                         qPrintable(outline(leaf.get())), qPrintable(outline(root.get())),
                         qPrintable(outline(outer.get())));
         });
-        QVERIFY2(result.output.endsWith("0, 0, 04:6F6C64, 30(02:01), 30()\n"),
+        QVERIFY2(result.output.endsWith("0, 0, 04:6F6C64, 30(02:01), none\n"),
                  result.output.constData());
     }
 
