@@ -1,4 +1,5 @@
 #include "app/descriptors.h"
+#include "app/instance/hand_over.h"
 #include "app/instance/qtsingleapplication.h"
 #include "app/look/program_look.h"
 #include "app/look/screen_scale.h"
@@ -22,15 +23,20 @@ int main(int argc, char *argv[])
     // Whoever reads the diagnostics may end before the window does.
     std::signal(SIGPIPE, SIG_IGN);
     rememberStartDirectory();
+    const QString id = QStringLiteral("PXViewCertTool   master application");
+    const QString message = QStringLiteral("raise_window_noop");
+    if (handOver(id, message, argc, argv))
+        return 0;
     program_look::chooseDisplay();
+    program_look::leaveOutTheUnused();
     ScreenScale scale({window_style::kWidth, window_style::kHeight});
     std::optional<QtSingleApplication> application;
     do
-        application.emplace(QStringLiteral("PXViewCertTool   master application"), argc, argv);
+        application.emplace(id, argc, argv);
     while (scale.isWrong());
     if (application->isRunning()) {
         qDebug("this is already running");
-        application->sendMessage(QStringLiteral("raise_window_noop"), 4000);
+        application->sendMessage(message, 4000);
         return 0;
     }
     // Deliberate: nobody listens to messageReceived; the running window is not raised.

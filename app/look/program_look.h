@@ -9,6 +9,11 @@ namespace program_look {
 /// platform the user chose stands. To be called before the application object is made.
 void chooseDisplay();
 
+/// Keeps the toolkit from loading, at every start, what the window has no use for: OpenGL and the
+/// desktop's theme. One that the user named in the toolkit's own variables is loaded all the same.
+/// To be called before the application object is made.
+void leaveOutTheUnused();
+
 /// Widget style and colours of the program's own: its skin is a light one, whatever the desktop's
 /// theme is.
 void dress();
