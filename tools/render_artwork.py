@@ -4,6 +4,9 @@
 render_artwork.py [--output DIR]
     --output writes the same tree into another directory than app/img.
 
+What the program reads at every start is written for speed: the pictures of scale 1 uncompressed,
+and the icon file's as bitmaps.
+
 Needs rsvg-convert (Debian: librsvg2-bin).
 """
 
@@ -11,6 +14,7 @@ import argparse
 import pathlib
 import struct
 import subprocess
+import zlib
 
 SOURCE = pathlib.Path(__file__).resolve().parent.parent / "app" / "img"
 
@@ -61,16 +65,81 @@ def render(drawing, image, width, height):
         check=True)
 
 
+def chunks(png):
+    """The parts of a PNG file, as (type, content)."""
+    at = 8
+    while at < len(png):
+        length, kind = struct.unpack_from(">I4s", png, at)
+        yield kind, png[at + 8:at + 8 + length]
+        at += 12 + length
+
+
+def chunk(kind, content):
+    checksum = zlib.crc32(kind + content)
+    return struct.pack(">I", len(content)) + kind + content + struct.pack(">I", checksum)
+
+
+def paeth(left, above, corner):
+    """The one of the three that comes next to their plane, as the PNG format picks it."""
+    return min((left, above, corner), key=lambda value: abs(left + above - corner - value))
+
+
+def unfiltered(rows, stride, depth):
+    """The rows of a PNG's pixels, each without its filter."""
+    above = bytes(stride)
+    for start in range(0, len(rows), stride + 1):
+        kind, row = rows[start], bytearray(rows[start + 1:start + 1 + stride])
+        for i in range(stride):
+            left, corner = (row[i - depth], above[i - depth]) if i >= depth else (0, 0)
+            guess = (0, left, above[i], (left + above[i]) // 2, paeth(left, above[i], corner))[kind]
+            row[i] = (row[i] + guess) % 256
+        yield bytes(row)
+        above = row
+
+
+def picture(png):
+    """Width, octets a pixel and rows of a PNG of 8 bits a channel, as the renderer writes it."""
+    parts = {}
+    for kind, content in chunks(png):
+        parts[kind] = parts.get(kind, b"") + content
+    width, _, _, color = struct.unpack_from(">2I2B", parts[b"IHDR"])
+    depth = {2: 3, 6: 4}[color]
+    return width, depth, list(unfiltered(zlib.decompress(parts[b"IDAT"]), width * depth, depth))
+
+
+def uncompressed(png):
+    _, _, rows = picture(png)
+    pixels = zlib.compress(b"".join(b"\0" + row for row in rows), 0)
+    header = next(content for kind, content in chunks(png) if kind == b"IHDR")
+    return (png[:8] + chunk(b"IHDR", header) + chunk(b"IDAT", pixels) + chunk(b"IEND", b""))
+
+
+def bitmap(png):
+    """A picture of an icon file: a header, rows from the bottom of blue, green, red and alpha, and
+    rows of a mask that the alpha stands for."""
+    width, depth, rows = picture(png)
+    assert depth == 4
+    pixels = b""
+    for row in reversed(rows):
+        swapped = bytearray(row)
+        swapped[0::4], swapped[2::4] = row[2::4], row[0::4]
+        pixels += swapped
+    mask = bytes((width + 31) // 32 * 4 * len(rows))
+    header = struct.pack("<3I2H6I", 40, width, 2 * len(rows), 1, 32, 0, len(pixels) + len(mask),
+                         0, 0, 0, 0)
+    return header + pixels + mask
+
+
 def icon_file(images):
-    """An icon file of (size, PNG octets): a header, a directory of 16 octets each, the images."""
+    """An icon file of (size, bitmap): a header, a directory of 16 octets each, the images."""
     header = struct.pack("<3H", 0, 1, len(images))
     offset = len(header) + 16 * len(images)
     directory = b""
-    for size, png in images:
+    for size, image in images:
         side = size % 256  # 256 does not fit in its octet and is written 0
-        directory += struct.pack("<4B2H2I", side, side, 0, 0, 1, 32, len(png), offset)
-        offset += len(png)
-    return header + directory + b"".join(png for _, png in images)
+        directory += struct.pack("<4B2H2I", side, side, 0, 0, 1, 32, len(image), offset)
+        offset += len(image)
+    return header + directory + b"".join(image for _, image in images)
 
 
 def main():
@@ -79,7 +148,9 @@ def main():
     output = parser.parse_args().output
 
     for name, width, height in IMAGES:
-        render((SOURCE / name).with_suffix(".svg"), output / name, width, height)
+        image = output / name
+        render((SOURCE / name).with_suffix(".svg"), image, width, height)
+        image.write_bytes(uncompressed(image.read_bytes()))
     for name, drawing, width, height in LARGER:
         for scale in SCALES:
             render(SOURCE / drawing, output / f"{name}@{scale}x.png", scale * width, scale * height)
@@ -87,7 +158,7 @@ def main():
     for size, drawing in ICONS:
         image = output / "icon" / f"stamp-{size}.png"
         render(SOURCE / drawing, image, size, size)
-        icons.append((size, image.read_bytes()))
+        icons.append((size, bitmap(image.read_bytes())))
     (output / ICON_FILE).write_bytes(icon_file(icons))
 
 
