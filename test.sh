@@ -3,6 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 tools/set-up --test
-cmake --preset release -DPX_WERROR=ON -DPX_OTHER_SUITES=ON -DPX_BUILD_BENCHMARKS=ON
-cmake --build --preset release -j "$(nproc)" -- --no-print-directory
-exec ctest --preset release -j "$(nproc)"
+cores=$(nproc)
+# Tests wait for windows, processes and timers as long as they work.
+export CMAKE_BUILD_PARALLEL_LEVEL=$cores CTEST_PARALLEL_LEVEL=$((cores + 2))
+exec cmake --workflow --preset test

@@ -1,28 +1,35 @@
-// certrows FILE...   prints what the certificate model says of each file, one JSON object a line
-// certrows --section prints the language section in force
+// certrows [--verbose] FILE...  prints what the certificate model says of each file, one JSON object
+//                               a line
+// certrows --section            prints the language section in force
 //
-// Standard output carries that alone: what the libraries print goes to standard error.
+// Standard output carries that alone. What the libraries print besides is dropped, or goes to standard
+// error for who asks for it.
 
 #include "cert/c_pxcert.h"
 #include "core/start_directory.h"
 #include "util/c_language.h"
 
 #include <cstdio>
+#include <cstring>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLoggingCategory>
 #include <unistd.h>
 
 namespace {
 
-// Takes standard output for the results and leaves standard error in its place for everybody else.
-bool openResults(QFile &results)
+// Takes standard output for the results and leaves standard error, or nothing, in its place for
+// everybody else.
+bool openResults(QFile &results, bool verbose)
 {
     const int output = ::dup(STDOUT_FILENO);
-    return output >= 0 && ::dup2(STDERR_FILENO, STDOUT_FILENO) >= 0 &&
+    const bool left = verbose ? ::dup2(STDERR_FILENO, STDOUT_FILENO) >= 0
+                              : std::freopen("/dev/null", "w", stdout) != nullptr;
+    return output >= 0 && left &&
            results.open(output, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle);
 }
 
@@ -71,7 +78,10 @@ void writeResult(QFile &results, const QString &name, const QByteArray &path)
 int main(int argc, char **argv)
 {
     QFile results;
-    if (!openResults(results)) {
+    const bool verbose = argc > 1 && std::strcmp(argv[1], "--verbose") == 0;
+    if (!verbose)
+        QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false"));
+    if (!openResults(results, verbose)) {
         std::perror("certrows");
         return 1;
     }
@@ -79,7 +89,7 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     c_language::GetLangPtr()->LANG_SetFileName(QString());
 
-    const QStringList arguments = application.arguments().mid(1);
+    const QStringList arguments = application.arguments().mid(verbose ? 2 : 1);
     if (arguments == QStringList{QStringLiteral("--section")}) {
         results.write(c_language::GetLangPtr()->section().toLatin1() + '\n');
         return 0;

@@ -5,8 +5,8 @@ set -euo pipefail
 top=$(cd "$(dirname "$0")/../.." && pwd)
 tree=$(realpath "$(mktemp -d)")
 trap 'rm -rf "$tree"' EXIT
-mkdir -p "$tree"/{tools,app,asn,cert,core,pxcpp,util,signaturecore,tests}
-cp "$top"/tools/check{,_layers.py,_dialect.py} "$tree/tools"
+mkdir -p "$tree"/{tools,app,asn,cert,core,docs,pxcpp,util,signaturecore,tests}
+cp "$top"/tools/check* "$tree/tools"
 cp "$top"/{.clang-format,.clang-tidy} "$tree"
 export PX_BUILD_DIR=$tree/build
 
@@ -19,6 +19,7 @@ px_add_library(small SOURCES app/some.cpp app/some.h LINK Qt$1::Core)
 PROJECT
 in_order() {
     printf '#pragma once\n\n#include <QStringList>\n\nQStringList given();\n' >"$tree/app/some.h"
+    printf -- '-> given  app/some.cpp  what is given, see `app/some.h`\n' >"$tree/docs/architecture.md"
     printf '#include "some.h"\n\nQStringList given()\n{\n    return {};\n}\n' >"$tree/app/some.cpp"
 }
 notices() { # HABIT TEXT
@@ -55,7 +56,17 @@ printf '#pragma once\n' >"$tree/app/another.h"
 notices headers 'app/another.h is listed in no CMakeLists.txt'
 rm "$tree/app/another.h"
 
+sed -i 's/given/taken/' "$tree/docs/architecture.md"
+notices docs 'says that taken is in app/some.cpp, where it is not'
+sed -i 's/some.h/other.h/' "$tree/docs/architecture.md"
+notices docs 'names app/other.h, which is not there'
+echo 'The road.' >"$tree/docs/architecture.md"
+notices docs 'draws no road'
+
 source_notices tidy modernize-use-nullptr 'int *nothing()' '{' '    return 0;' '}'
+# What passed is looked at again when a header that it includes has changed.
+printf '\ninline int *nothing()\n{\n    return 0;\n}\n' >>"$tree/app/some.h"
+notices tidy modernize-use-nullptr
 source_notices clazy clazy-range-loop-detach \
     'int sizes()' '{' '    int sum = 0;' '    for (const QString &text : given())' \
     '        sum += int(text.size());' '    return sum;' '}'

@@ -46,10 +46,13 @@ class CertRows(unittest.TestCase):
         self.assertLess(len(out[1]["rows"]), len(out[0]["rows"]))
 
     def test_libraries_print_elsewhere(self):
-        out = run("server.pem")
+        out = run("--verbose", "server.pem")
         self.assertEqual(out.stdout.count(b"\n"), 1)
         self.assertIn(b"Path = ", out.stderr)
         self.assertIn(b"[PXAsn::open]...", out.stderr)
+        quiet = run("server.pem")
+        self.assertEqual(quiet.stdout, out.stdout)
+        self.assertEqual(quiet.stderr, b"")
 
     def test_relative_to_where_it_is_called(self):
         with tempfile.TemporaryDirectory() as folder:
