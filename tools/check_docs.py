@@ -1,0 +1,50 @@
+#!/usr/bin/env python3
+"""check_docs.py [TREE]: fails when a document names a file that is not there, or, where the architecture
+draws the road of a certificate, a function that does not live in the file beside it.
+"""
+
+import pathlib
+import re
+import sys
+
+DOCUMENTS = ["docs/*.md", "tests/data/*.md", "*.md"]
+STEP = re.compile(r"^ *-> ([\w:…, ]*\S) +(\w+/\S+\.\w+)  ", re.MULTILINE)
+NAMED = re.compile(r"`([a-z]\w*(?:/[\w.-]+)*/[\w-]+\.(?:cpp|h|py|sh|tsv|txt|md|cmake|ui|qrc))`")
+
+
+def defines(text, function):
+    """A definition begins at the margin, with its type, and what follows the parameters is no ";"."""
+    name = re.escape(function).replace("…", r"\w+")
+    return re.search(rf"^(?!return\b)[\w:<>*&,\[\] ]*\b{name}\([^;{{]*\n?[^;]*\{{", text, re.MULTILINE)
+
+
+def complaints(tree):
+    documents = {found for pattern in DOCUMENTS for found in tree.glob(pattern)}
+    if not documents:
+        yield "there is no document"
+    for document in sorted(documents):
+        text = document.read_text(encoding="utf-8")
+        where = document.relative_to(tree)
+        for name in NAMED.findall(text):
+            if not (tree / name).exists() and not (document.parent / name).exists():
+                yield f"{where} names {name}, which is not there"
+        steps = STEP.findall(text)
+        if document.name == "architecture.md" and not steps:
+            yield f"{where} draws no road"
+        for functions, name in steps:
+            file = tree / name
+            source = file.read_text(encoding="utf-8") if file.exists() else ""
+            for function in functions.split(", "):
+                if not defines(source, function):
+                    yield f"{where} says that {function} is in {name}, where it is not"
+
+
+def main():
+    tree = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).parents[1])
+    found = list(complaints(tree))
+    print("\n".join(found) if found else "the documents name what is there")
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
