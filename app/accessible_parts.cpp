@@ -253,6 +253,8 @@ QAccessibleInterface *made(const QString &className, QObject *object)
     if ((className == QLatin1String("QLabel") || className == QLatin1String("QFrame")) &&
         isDecoration(widget))
         return new QAccessibleWidget(widget, QAccessible::Whitespace);
+    if (className == QLatin1String("QStackedWidget")) // what the pages lie on
+        return new QAccessibleWidget(widget, QAccessible::Whitespace);
     if (className == QLatin1String("QWidget") &&
         qobject_cast<QStackedWidget *>(widget->parentWidget()))
         return new QAccessibleWidget(widget, QAccessible::Grouping);

@@ -157,8 +157,10 @@ void TextBox::appendLines(const QString &text, const std::vector<bool> &endsLine
     std::vector<Piece> all;
     std::size_t lineFeed = 0;
     int start = 0;
-    for (int end = shown.indexOf(QLatin1Char('\n')); end >= 0;
-         end = shown.indexOf(QLatin1Char('\n'), end + 1)) {
+    const auto nextEnd = [&shown](int from) {
+        return static_cast<int>(shown.indexOf(QLatin1Char('\n'), from));
+    };
+    for (int end = nextEnd(0); end >= 0; end = nextEnd(end + 1)) {
         if (lineFeed < endsLine.size() && !endsLine[lineFeed++])
             continue;
         ::append(all, visible_text::pieces(shown.mid(start, end - start), LineFeeds::AsMarks));

@@ -772,6 +772,9 @@ void TestAppKeyboard::picturesAndLinesAreNotRead()
     QCOMPARE(lines.size(), 2);
     for (QFrame *line : lines)
         QCOMPARE(interfaceOf(line)->role(), QAccessible::Whitespace);
+    auto *stack = child<QWidget>(window, "qt_tabwidget_stackedwidget");
+    QCOMPARE(interfaceOf(stack)->role(), QAccessible::Whitespace);
+    QCOMPARE(interfaceOf(stack)->childCount(), 2);
 }
 
 void TestAppKeyboard::cellsAreReadAsTheyAreShown()
