@@ -114,10 +114,12 @@ def parts(part, depth=0):
     role = part.get_role()
     isRead = role not in (Atspi.Role.FILLER, Atspi.Role.LAYERED_PANE, Atspi.Role.TABLE_CELL,
                           Atspi.Role.SCROLL_BAR, Atspi.Role.LIST)
-    if part.get_state_set().contains(Atspi.StateType.SHOWING) and isRead:
+    isShown = part.get_state_set().contains(Atspi.StateType.SHOWING)
+    if isShown and isRead:
         yield "  " * depth + described(part)
         depth += 1
-    if role == Atspi.Role.TABLE:
+    # Of a page that is hidden the older toolkit takes the table for shown.
+    if role == Atspi.Role.TABLE or (role == Atspi.Role.PANEL and not isShown):
         return
     for i in range(part.get_child_count()):
         child = part.get_child_at_index(i)
