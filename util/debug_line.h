@@ -10,5 +10,6 @@ void debugLine(const Parts &...parts)
 {
     QString line;
     (QDebug(&line) << ... << parts);
+    line.chop(1); // the blank behind the last part, which the stream leaves out as well
     qDebug("%s", line.toUtf8().constData());
 }
