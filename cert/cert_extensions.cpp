@@ -99,7 +99,8 @@ void c_pxcert::addPurposes(const std::vector<QString> &purposes)
 QString c_pxcert::make_certnode(const QString &name, std::vector<QString> &values)
 {
     const ExtensionNames names;
-    return names.named(name).fromValues(values);
+    std::vector<QString> own = values; // the caller keeps the others
+    return names.named(name).fromValues(own);
 }
 
 QString c_pxcert::make_certnode_certpolicy(std::vector<certpolicy> &items)

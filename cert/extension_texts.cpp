@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <QStringBuilder>
+#include <utility>
 
 namespace extension_texts {
 namespace {
@@ -119,12 +120,12 @@ void eachGroup(const Items &items, const Take &take)
 
 } // namespace
 
-QString keyUsage(const Values &values)
+QString keyUsage(Values &values)
 {
     return keyUsageNames(flagsOf(values));
 }
 
-QString netscapeType(const Values &values)
+QString netscapeType(Values &values)
 {
     return netscapeTypeNames(flagsOf(values));
 }
@@ -139,7 +140,7 @@ QString netscapeTypeNames(int bits)
     return namesOfBits(bits, kNetscapeTypeNames);
 }
 
-QString basicConstraints(const Values &values)
+QString basicConstraints(Values &values)
 {
     const bool alone = values.size() < 2;
     const QString flag = alone ? firstOf(values) : values[1];
@@ -153,15 +154,16 @@ QString basicConstraints(const Values &values)
                : subject;
 }
 
-QString alternativeName(const Values &values)
+QString alternativeName(Values &values)
 {
     QString text;
-    for (const QString &value : values)
-        text += QLatin1String("DNS Name=") % withoutWhiteSpace(value) % QLatin1Char('\n');
+    for (QString &value : values)
+        text += QLatin1String("DNS Name=") % withoutWhiteSpace(std::exchange(value, {})) %
+                QLatin1Char('\n');
     return text;
 }
 
-QString accessInfo(const Values &values)
+QString accessInfo(Values &values)
 {
     QString text;
     int number = 0;
@@ -175,7 +177,7 @@ QString accessInfo(const Values &values)
     return text;
 }
 
-QString authorityKey(const Values &values)
+QString authorityKey(Values &values)
 {
     const auto keyIdentifier = afterCriticalFlag(values);
     if (keyIdentifier == values.end())
@@ -190,11 +192,13 @@ QString authorityKey(const Values &values)
            leaf_text::asHex(*serial);
 }
 
-QString anyOther(const Values &values)
+QString anyOther(Values &values)
 {
     QString text;
-    for (const QString &value : values)
-        text += texts::raw(value) % QLatin1Char('\n');
+    for (QString &value : values) {
+        text += texts::raw(std::exchange(value, {}));
+        text += QLatin1Char('\n');
+    }
     return text;
 }
 

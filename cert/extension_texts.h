@@ -23,9 +23,11 @@ struct Said
     std::vector<QString> purposes;
 };
 
+// From the values, which may be used up: one can be as long as a file may be.
+
 // RFC 5280, 4.2.1.3: KeyUsage ::= BIT STRING; and its Netscape forerunner.
-QString keyUsage(const Values &values);
-QString netscapeType(const Values &values);
+QString keyUsage(Values &values);
+QString netscapeType(Values &values);
 
 /// The names of the bits that are set, joined with ",". The low octet of `bits` is the BIT STRING's
 /// first octet (bit 0 is 0x80), the next its second.
@@ -35,23 +37,23 @@ QString netscapeTypeNames(int bits);
 /// BasicConstraints ::= SEQUENCE { cA BOOLEAN DEFAULT FALSE, pathLenConstraint INTEGER OPTIONAL }
 /// (RFC 5280, 4.2.1.9). Deliberate: the position in the list decides, so a path length without a
 /// critical flag before it is taken for the CA flag.
-QString basicConstraints(const Values &values);
+QString basicConstraints(Values &values);
 
 /// SubjectAltName ::= SEQUENCE OF GeneralName (RFC 5280, 4.2.1.6). Deliberate: every value counts
 /// as a DNS name, the critical flag too.
-QString alternativeName(const Values &values);
+QString alternativeName(Values &values);
 
 /// AuthorityInfoAccessSyntax ::= SEQUENCE OF AccessDescription (RFC 5280, 4.2.2.1): method and
 /// location in pairs, numbered from 1.
-QString accessInfo(const Values &values);
+QString accessInfo(Values &values);
 
 /// AuthorityKeyIdentifier ::= SEQUENCE { keyIdentifier [0], authorityCertIssuer [1],
 /// authorityCertSerialNumber [2] } (RFC 5280, 4.2.1.1): the key identifier, the issuer as pairs of
 /// attribute name and value, and last the serial number.
-QString authorityKey(const Values &values);
+QString authorityKey(Values &values);
 
 /// Each value on a line of its own.
-QString anyOther(const Values &values);
+QString anyOther(Values &values);
 
 /// CertificatePolicies ::= SEQUENCE OF PolicyInformation (RFC 5280, 4.2.1.4): a block for each item
 /// at the lowest level, which is a purpose, with the items that follow it below.

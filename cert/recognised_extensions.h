@@ -8,7 +8,7 @@
 struct RecognisedExtension
 {
     QLatin1String key; ///< recognised when its name is the text under this key
-    QString (*fromValues)(const extension_texts::Values &values);
+    QString (*fromValues)(extension_texts::Values &values);
     extension_texts::Said (*fromItems)(const extension_texts::Items &items);
 };
 
