@@ -5,7 +5,7 @@
 #include "asn/asn_block.h"
 #include "bench/certificates/peers.h"
 #include "cert/c_pxcert.h"
-#include "core/px_core_manager.h"
+#include "core/start_directory.h"
 #include "util/c_language.h"
 
 #include <algorithm>
