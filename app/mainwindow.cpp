@@ -6,7 +6,6 @@
 #include "app/look/window_shape.h"
 #include "app/look/window_style.h"
 #include "app/popup_escape.h"
-#include "app/table_keys.h"
 #include "app/table_rows.h"
 #include "app/title_translation.h"
 #include "core/px_core_manager.h"
@@ -35,6 +34,7 @@ using namespace window_style;
 static void initResources()
 {
     Q_INIT_RESOURCE(res);
+    Q_INIT_RESOURCE(arrow);
 }
 
 namespace {
@@ -296,7 +296,7 @@ void MainWindow::setUpKeyboard()
                     ui->tabWidget->tabBar()->setFocus();
                     ui->tabWidget->setCurrentIndex(1 - ui->tabWidget->currentIndex());
                 });
-    connect(new TableKeys(ui->tableWidget_detailinfo), &TableKeys::rowChosen, this,
+    connect(ui->tableWidget_detailinfo, &RowTable::rowChosen, this,
             &MainWindow::on_tableWidget_detailinfo_clicked);
     ui->comboBox_selection->view()->installEventFilter(new PopupEscape(this));
     ui->tabWidget->setFocus();

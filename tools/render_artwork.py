@@ -41,7 +41,8 @@ LARGER = (
     ("res/closeBtn/close_normal", "res/closeBtn/close_normal.svg", 45, 29),
     ("res/closeBtn/close_horver", "res/closeBtn/close_horver.svg", 45, 29),
     ("res/closeBtn/close_down", "res/closeBtn/close_down.svg", 45, 29),
-    ("res/combo1", "res/combo1_room.svg", 18, 18),
+    ("res/combo1", "res/combo1.svg", 7, 5),
+    ("res/combo1_room", "res/combo1_room.svg", 18, 18),
 )
 SCALES = (2, 3)
 

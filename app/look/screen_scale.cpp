@@ -12,12 +12,11 @@ namespace {
 
 constexpr const char *kUserScale = "QT_SCALE_FACTOR";
 
-// As the toolkit reads it.
+// 0 when it is none.
 double userScale()
 {
-    bool isNumber = false;
-    const double scale = qgetenv(kUserScale).toDouble(&isNumber);
-    return isNumber && scale > 0 ? scale : 1;
+    const double scale = qgetenv(kUserScale).toDouble();
+    return scale > 0 && std::isfinite(scale) ? scale : 0;
 }
 
 // Of a screen in the pixels of the application, which at large scales are few.
@@ -39,6 +38,8 @@ ScreenScale::ScreenScale(const QSize &window)
         isSet ? Qt::HighDpiScaleFactorRoundingPolicy::PassThrough
               : Qt::HighDpiScaleFactorRoundingPolicy::Round);
     followDesktopScale();
+    if (userScale() <= 0)
+        qputenv(kUserScale, "1"); // the toolkit may take nonsense at its word
 }
 
 bool ScreenScale::isWrong()

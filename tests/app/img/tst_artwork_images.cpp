@@ -117,7 +117,6 @@ void TestArtworkImages::haveTheirSizes_data()
         addLarger(":/img/res/closeBtn/close_normal", ".png", 45, 29);
         addLarger(":/img/res/closeBtn/close_horver", ".png", 45, 29);
         addLarger(":/img/res/closeBtn/close_down", ".png", 45, 29);
-        addLarger(":/img/res/combo1", "", 18, 18); // with the room around it
     }
     add(":/img/res/stamp.ico", 256, 256);
     add(":/img/res/title_ico.png", 24, 24);
