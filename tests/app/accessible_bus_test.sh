@@ -7,7 +7,7 @@ viewer=$1
 certificate=$2
 work=$(mktemp -d)
 buses=()
-trap 'kill "${buses[@]}" 2>/dev/null || true; rm -rf "$work"' EXIT
+trap 'stop_buses; rm -rf "$work"' EXIT
 export XDG_RUNTIME_DIR=$work QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
 
 fail() {
@@ -16,7 +16,8 @@ fail() {
 }
 
 start_buses() {
-    dbus-daemon --session --nofork --print-address=3 3>"$work/address" 2>/dev/null &
+    rm -f "$work/address"
+    setsid dbus-daemon --session --nofork --print-address=3 3>"$work/address" 2>/dev/null &
     buses=($!)
     for _ in $(seq 100); do
         [ -s "$work/address" ] && break
@@ -24,14 +25,17 @@ start_buses() {
     done
     DBUS_SESSION_BUS_ADDRESS=$(head -1 "$work/address")
     export DBUS_SESSION_BUS_ADDRESS
-    /usr/libexec/at-spi-bus-launcher --launch-immediately >/dev/null 2>&1 &
+    setsid /usr/libexec/at-spi-bus-launcher --launch-immediately >/dev/null 2>&1 &
     buses+=($!)
     sleep 1
 }
 
-stop_buses() {
-    kill -KILL "${buses[@]}"
-    wait "${buses[@]}" 2>/dev/null || true
+stop_buses() { # each with what it started itself
+    local bus
+    for bus in "${buses[@]}"; do
+        kill -KILL -- "-$bus" 2>/dev/null || true
+        wait "$bus" 2>/dev/null || true
+    done
     buses=()
 }
 
