@@ -11,6 +11,7 @@
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QVector>
+#include <utility>
 
 namespace accessible_parts {
 
@@ -97,7 +98,7 @@ public:
     }
     ~TabList() override
     {
-        for (const QAccessible::Id tab : m_tabs)
+        for (const QAccessible::Id tab : std::as_const(m_tabs))
             QAccessible::deleteAccessibleInterface(tab);
     }
 

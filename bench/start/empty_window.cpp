@@ -13,6 +13,15 @@
 #include <QTabWidget>
 #include <QToolButton>
 
+namespace {
+
+void place(QWidget *widget, const QRect &area)
+{
+    widget->setGeometry(area);
+}
+
+} // namespace
+
 int main(int argc, char **argv)
 {
     if (argc > 1 && std::strcmp(argv[1], "--lean") == 0)
@@ -23,17 +32,17 @@ int main(int argc, char **argv)
     auto *tabs = new QTabWidget(&window);
     tabs->setGeometry(10, 60, 411, 571);
     auto *general = new QWidget;
-    (new QLabel(QStringLiteral("Label"), general))->setGeometry(50, 20, 101, 21);
-    (new QPlainTextEdit(general))->setGeometry(10, 60, 381, 211);
-    (new QPlainTextEdit(general))->setGeometry(10, 290, 381, 231);
+    place(new QLabel(QStringLiteral("Label"), general), {50, 20, 101, 21});
+    place(new QPlainTextEdit(general), {10, 60, 381, 211});
+    place(new QPlainTextEdit(general), {10, 290, 381, 231});
     tabs->addTab(general, QStringLiteral("General"));
     auto *details = new QWidget;
-    (new QComboBox(details))->setGeometry(80, 18, 181, 21);
-    (new QTableWidget(0, 2, details))->setGeometry(10, 60, 381, 251);
-    (new QPlainTextEdit(details))->setGeometry(10, 320, 381, 201);
+    place(new QComboBox(details), {80, 18, 181, 21});
+    place(new QTableWidget(0, 2, details), {10, 60, 381, 251});
+    place(new QPlainTextEdit(details), {10, 320, 381, 201});
     tabs->addTab(details, QStringLiteral("Details"));
-    (new QToolButton(&window))->setGeometry(371, 17, 45, 29);
-    (new QPushButton(QStringLiteral("Close"), &window))->setGeometry(304, 637, 92, 30);
+    place(new QToolButton(&window), {371, 17, 45, 29});
+    place(new QPushButton(QStringLiteral("Close"), &window), {304, 637, 92, 30});
     window.show();
     return QApplication::exec();
 }

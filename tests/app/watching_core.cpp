@@ -24,7 +24,7 @@ extern "C" {
 Q_DECL_EXPORT void PX_Init()
 {
     qInstallMessageHandler(tell);
-    QTimer::singleShot(0, [] { QCoreApplication::exit(7); });
+    QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(7); });
 }
 
 Q_DECL_EXPORT void PX_Uninit() {}
