@@ -106,7 +106,7 @@ void TestAppVisibleText::everyIgnorableIsMarked()
         const uint last = ends.last().toUInt(nullptr, 16);
         for (uint character = ends.first().toUInt(nullptr, 16); character <= last; ++character) {
             // Behind a letter: a byte order mark at the beginning would be taken for one.
-            const uint codes[] = {'a', character};
+            const char32_t codes[] = {U'a', character};
             const QString alone = QString::fromUcs4(codes, 2).mid(1);
             QVERIFY2(visible_text::shown(alone, LineFeeds::Stay).contains(QLatin1String("U+")),
                      qPrintable(QString::number(character, 16)));
