@@ -1,9 +1,10 @@
-// certrows [--verbose] FILE...  prints what the certificate model says of each file, one JSON object
+// certrows [--verbose] FILE...  prints what the certificate model says of each file, one JSON
+// object
 //                               a line
 // certrows --section            prints the language section in force
 //
-// Standard output carries that alone. What the libraries print besides is dropped, or goes to standard
-// error for who asks for it.
+// Standard output carries that alone. What the libraries print besides is dropped, or goes to
+// standard error for who asks for it.
 
 #include "cert/c_pxcert.h"
 #include "core/start_directory.h"
