@@ -22,7 +22,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-PATIENCE = 30  # seconds for what has to come
+PATIENCE = 120  # seconds for what has to come
 CALM = 0.7  # seconds in which what must not come would
 EVENTS = ("object:state-changed:focused", "object:state-changed:selected",
           "object:text-caret-moved", "object:text-changed:insert")

@@ -30,19 +30,19 @@ void *__libc_malloc(std::size_t size);
 void *__libc_calloc(std::size_t count, std::size_t size);
 void *__libc_realloc(void *memory, std::size_t size);
 
-void *malloc(std::size_t size) noexcept
+void *malloc(std::size_t __size) noexcept
 {
-    return fails() ? nullptr : __libc_malloc(size);
+    return fails() ? nullptr : __libc_malloc(__size);
 }
 
-void *calloc(std::size_t count, std::size_t size) noexcept
+void *calloc(std::size_t __nmemb, std::size_t __size) noexcept
 {
-    return fails() ? nullptr : __libc_calloc(count, size);
+    return fails() ? nullptr : __libc_calloc(__nmemb, __size);
 }
 
-void *realloc(void *memory, std::size_t size) noexcept
+void *realloc(void *__ptr, std::size_t __size) noexcept
 {
-    return fails() ? nullptr : __libc_realloc(memory, size);
+    return fails() ? nullptr : __libc_realloc(__ptr, __size);
 }
 }
 

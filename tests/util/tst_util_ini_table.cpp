@@ -18,10 +18,10 @@
 static qulonglong allocatedOctets = 0;
 static int statCalls = 0;
 
-extern "C" int stat(const char *path, struct stat *status)
+extern "C" int stat(const char *__file, struct stat *__buf)
 {
     ++statCalls;
-    return ::fstatat(AT_FDCWD, path, status, 0);
+    return ::fstatat(AT_FDCWD, __file, __buf, 0);
 }
 
 #ifndef __SANITIZE_ADDRESS__ // which has an allocator of its own, and counts nothing here
@@ -32,10 +32,10 @@ extern "C" void *malloc(std::size_t size)
     allocatedOctets += size;
     return __libc_malloc(size);
 }
-extern "C" void *realloc(void *block, std::size_t size)
+extern "C" void *realloc(void *__ptr, std::size_t __size)
 {
-    allocatedOctets += size;
-    return __libc_realloc(block, size);
+    allocatedOctets += __size;
+    return __libc_realloc(__ptr, __size);
 }
 #endif
 
