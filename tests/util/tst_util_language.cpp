@@ -276,7 +276,7 @@ void TestUtilLanguage::debugStreamTellsTheSteps()
     else if (kind != QLatin1String("nothing"))
         QVERIFY(m_tree->write(kConfigurationFile, "no XML"));
     if (kind == QLatin1String("too large"))
-        QVERIFY(QFile::resize(file, 65 * 1024 * 1024));
+        QVERIFY(QFile::resize(file, 65LL * 1024 * 1024));
     const MessageRecorder recorder;
     const c_language language;
     const QString path = QLatin1Char('"') + file + QLatin1Char('"');
