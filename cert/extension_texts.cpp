@@ -182,7 +182,7 @@ QString authorityKey(Values &values)
     const auto keyIdentifier = afterCriticalFlag(values);
     if (keyIdentifier == values.end())
         return {};
-    const QString text = QLatin1String("KeyID=") + *keyIdentifier + QLatin1Char('\n');
+    QString text = QLatin1String("KeyID=") + *keyIdentifier + QLatin1Char('\n');
     const auto issuer = keyIdentifier + 1;
     if (issuer == values.end())
         return text;

@@ -170,7 +170,8 @@ void TestCoreLog::otherKindsAreLeftAlone()
     int listener = -1;
     if (socket) {
         listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        QVERIFY(listener >= 0);
+        if (listener < 0)
+            QFAIL("no socket");
         sockaddr_un address = {};
         address.sun_family = AF_UNIX;
         qstrncpy(address.sun_path, logPath().constData(), sizeof(address.sun_path));
