@@ -161,7 +161,9 @@ void TextBox::appendLines(const QString &text, const std::vector<bool> &endsLine
         return static_cast<int>(shown.indexOf(QLatin1Char('\n'), from));
     };
     for (int end = nextEnd(0); end >= 0; end = nextEnd(end + 1)) {
-        if (lineFeed < endsLine.size() && !endsLine[lineFeed++])
+        const bool ends = lineFeed >= endsLine.size() || endsLine[lineFeed];
+        ++lineFeed;
+        if (!ends)
             continue;
         ::append(all, visible_text::pieces(shown.mid(start, end - start), LineFeeds::AsMarks));
         appendOwn(all, QStringLiteral("\n"));
