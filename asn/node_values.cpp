@@ -88,7 +88,7 @@ QString text(const stASN_BLOCK_HEADER *node)
 
 QByteArray octets(const stASN_BLOCK_HEADER *node)
 {
-    const QByteArray octets = content(node);
+    QByteArray octets = content(node);
     switch (tagOf(node)) {
     case ASN_TAG_BIT_STRING:
         return octets.mid(1);

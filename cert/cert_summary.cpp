@@ -29,6 +29,20 @@ const QString &nameOf(const QString &commonName, const QString &organization)
     return commonName.isEmpty() ? organization : commonName;
 }
 
+void addPurposeList(SummaryBlock &block, const std::vector<QString> &purposes)
+{
+    QString head = QStringLiteral(" %1\n      -%2\n      -%3");
+    for (const QLatin1String key : {text_keys::kStatusPurposes, text_keys::kStatusProvesIdentity,
+                                    text_keys::kStatusSecuresCommunication})
+        head = head.arg(texts::shown(key));
+    block.say(head);
+    for (const QString &purpose : purposes) {
+        block.say(QStringLiteral("\n      -"));
+        block.quote(purpose);
+    }
+    block.say(QStringLiteral("\n\n"));
+}
+
 } // namespace
 
 SummaryBlock c_pxcert::statusBlock() const
@@ -39,17 +53,7 @@ SummaryBlock c_pxcert::statusBlock() const
         block.say(headLine(isValid ? text_keys::kStatusValid : text_keys::kStatusNotValid));
         debugLine(block.text);
     } else {
-        QString head = QStringLiteral(" %1\n      -%2\n      -%3");
-        for (const QLatin1String key :
-             {text_keys::kStatusPurposes, text_keys::kStatusProvesIdentity,
-              text_keys::kStatusSecuresCommunication})
-            head = head.arg(texts::shown(key));
-        block.say(head);
-        for (const QString &purpose : m_purposes) {
-            block.say(QStringLiteral("\n      -"));
-            block.quote(purpose);
-        }
-        block.say(QStringLiteral("\n\n"));
+        addPurposeList(block, m_purposes);
     }
     block.text = texts::throughLocal8Bit(block.text);
     return block;

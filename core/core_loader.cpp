@@ -12,6 +12,17 @@ QLibrary *_coreLib = nullptr;
 UninitFunction _PX_Uninit = nullptr;
 PXSignatureCoreAgent *s_coreagent = nullptr;
 
+// The agent around the library's core object; null where it has none to give.
+PXSignatureCoreAgent *newAgent(GetSignatureCoreFunction getCore)
+{
+    QObject *core = nullptr;
+    if (getCore(&core) != 0 || !core)
+        return nullptr;
+    auto *agent = new PXSignatureCoreAgent(core);
+    agent->setObjectName(QStringLiteral("Agent"));
+    return agent;
+}
+
 } // namespace
 
 bool qtcall_init()
@@ -32,12 +43,9 @@ bool qtcall_init()
         reinterpret_cast<GetSignatureCoreFunction>(_coreLib->resolve("PX_GetSignatureCore"));
     if (init && _PX_Uninit && getCore) {
         init();
-        QObject *core = nullptr;
-        if (getCore(&core) == 0 && core) {
-            s_coreagent = new PXSignatureCoreAgent(core);
-            s_coreagent->setObjectName(QStringLiteral("Agent"));
+        s_coreagent = newAgent(getCore);
+        if (s_coreagent)
             return true;
-        }
     } else {
         // Nothing of it has run yet. Once "PX_Init" was called it may have left threads or exit
         // handlers behind, so from then on its code stays mapped.
@@ -47,7 +55,6 @@ bool qtcall_init()
     delete _coreLib;
     _coreLib = nullptr;
     _PX_Uninit = nullptr;
-    s_coreagent = nullptr;
     return false;
 }
 

@@ -15,30 +15,30 @@ struct free_deleter
 template <typename T>
 using Freed = std::unique_ptr<T, free_deleter>;
 
-} // namespace
-
-int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+const char *table()
 {
-    static std::FILE *const nowhere = std::freopen("/dev/null", "w", stdout);
-    require(nowhere);
-    const char *table = PXBase64SetTableCode(nullptr);
+    return PXBase64SetTableCode(nullptr);
+}
 
-    // Octets come back from both encoders through both decoders.
+void requireOctetsComeBack(const std::uint8_t *data, std::size_t size)
+{
     const Freed<char> text(PXBase64Encode(data, size));
-    if (text) {
-        const Freed<char> textEx(EnCodeBase64Ex(data, int(size), table));
-        require(std::strcmp(text.get(), textEx.get()) == 0);
-        std::uint64_t length = 0;
-        const Freed<unsigned char> back(PXBase64Decode(text.get(), &length));
-        require(length == size && std::memcmp(back.get(), data, size) == 0);
-    }
+    if (!text)
+        return;
+    const Freed<char> textEx(EnCodeBase64Ex(data, int(size), table()));
+    require(std::strcmp(text.get(), textEx.get()) == 0);
+    std::uint64_t length = 0;
+    const Freed<unsigned char> back(PXBase64Decode(text.get(), &length));
+    require(length == size && std::memcmp(back.get(), data, size) == 0);
+}
 
-    // Any text: what the strict decoder takes, padding at the end only, the lenient one reads
-    // alike.
-    const std::string any(data, data + size);
+// What the strict decoder takes, padding at the end only, the lenient one reads alike.
+void requireDecodersAgree(const std::string &any)
+{
+    const std::size_t size = any.size();
     int count = -1;
     const std::unique_ptr<unsigned char[]> lenient(
-        DeCodeBase64Ex(any.c_str(), int(size), table, &count));
+        DeCodeBase64Ex(any.c_str(), int(size), table(), &count));
     require(count >= 0 && std::size_t(count) <= size);
     std::uint64_t length = 0;
     const Freed<unsigned char> strict(PXBase64Decode(any.c_str(), &length));
@@ -46,5 +46,15 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
         require(length == std::uint64_t(count));
         require(std::memcmp(strict.get(), lenient.get(), length) == 0);
     }
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    static std::FILE *const nowhere = std::freopen("/dev/null", "w", stdout);
+    require(nowhere);
+    requireOctetsComeBack(data, size);
+    requireDecodersAgree(std::string(data, data + size));
     return 0;
 }

@@ -14,7 +14,7 @@ void *reserve = nullptr;
 
 void keepReserve() noexcept
 {
-    constexpr std::size_t kReserve = 256 * 1024;
+    constexpr std::size_t kReserve = 262144;
     if (!reserve)
         reserve = std::malloc(kReserve);
 }
