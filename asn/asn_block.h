@@ -41,7 +41,7 @@ struct stASN_BLOCK_HEADER
         /// and when it was parsed. Never read as content.
         stASN_BLOCK_HEADER *parent;
     };
-    unsigned int contentLength; ///< octets of a leaf's content
+    unsigned int contentLength; ///< octets of a leaf's content; 0 in a node with children
 };
 
 /// A node that can hold children: its tag has the constructed bit or is OCTET STRING. A leaf is

@@ -23,7 +23,7 @@ void storeLength(stASN_BLOCK_HEADER *node, unsigned int content)
 unsigned int writeNode(const stASN_BLOCK_HEADER *node, unsigned char *output, unsigned int capacity)
 {
     const unsigned int header = 1U + node->lengthOctetCount;
-    const unsigned int content = ASNHoldsChildren(node) ? 0 : node->contentLength;
+    const unsigned int content = node->contentLength;
     if (node->totalLength > capacity || capacity < header || capacity - header < content)
         return 0;
     output[0] = node->tag;
@@ -55,7 +55,7 @@ unsigned int ASNGetDataLength(const stASN_BLOCK_HEADER *node)
 {
     unsigned int sum = 0;
     for (AsnWalk walk(node); walk.node(); walk.next())
-        sum += ASNHoldsChildren(walk.node()) ? 0 : walk.node()->contentLength;
+        sum += walk.node()->contentLength;
     return sum;
 }
 
@@ -71,8 +71,7 @@ int ASNUpdate(stASN_BLOCK_HEADER *node)
         return 0;
     std::vector<Open> path;
     const auto enter = [&path](stASN_BLOCK_HEADER *entered) {
-        path.push_back({entered, ASNFirstCell(entered),
-                        ASNHoldsChildren(entered) ? 0 : entered->contentLength});
+        path.push_back({entered, ASNFirstCell(entered), entered->contentLength});
     };
     for (enter(node); !path.empty();) {
         Open &last = path.back();

@@ -14,7 +14,7 @@ public:
 
 private:
     AsnBlockPtr nodeOf(const DerElement &element);
-    bool isRunOfElements(OctetView content) const;
+    static bool isRunOfElements(OctetView content);
     AsnBlockPtr withChildren(unsigned char tag, DerCursor &children);
     static AsnBlockPtr leaf(const DerElement &element);
 
@@ -51,7 +51,7 @@ AsnBlockPtr Parser::nodeOf(const DerElement &element)
         AsnBlockPtr node = withChildren(element.tag, children);
         if (!node || children.atEnd())
             return node;
-        m_count = count; // there were too many: none of them stays
+        m_count = count; // there were too many, or they are too deep: none of them stays
     }
     return leaf(element);
 }
@@ -59,10 +59,10 @@ AsnBlockPtr Parser::nodeOf(const DerElement &element)
 // Whether all that an OCTET STRING holds is elements that parse. The headers tell, because what is
 // in a constructed one never fails it, and an OCTET STRING can always be a leaf. So nothing is
 // built to be thrown away, with contents copied at every level of it, and the time stays linear in
-// the input. Only that there are too many shows later.
-bool Parser::isRunOfElements(OctetView content) const
+// the input. Only that they are too many, or too deep, shows later.
+bool Parser::isRunOfElements(OctetView content)
 {
-    if (content.size == 0 || m_openElements + 1 == ASN_MAX_DEPTH)
+    if (content.size == 0)
         return false;
     DerCursor run(content);
     DerElement child;

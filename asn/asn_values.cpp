@@ -79,7 +79,6 @@ bool readFields(const char *text, bool isGeneralized, TimeFields &fields)
         const int year = mypint(&cursor, 2, 0, 99, &error);
         fields.year = year + (year < 50 ? 2000 : 1900);
     }
-    // After an error the cursor stays where it is, and nothing further is to be read.
     struct Field
     {
         int *value;
@@ -90,16 +89,13 @@ bool readFields(const char *text, bool isGeneralized, TimeFields &fields)
                                     {&fields.day, 1, 31},
                                     {&fields.hour, 0, 23},
                                     {&fields.minute, 0, 59}};
-    for (const Field &field : twoDigitFields) {
-        if (!error)
-            *field.value = mypint(&cursor, 2, field.minimum, field.maximum, &error);
-    }
-    if (!error)
-        readSeconds(cursor, fields, error);
-    while (isGeneralized && !error && *cursor != '\0' && std::strchr("0123456789.,", *cursor))
+    // After an error the rest is read in vain, and the end of the text still stops it.
+    for (const Field &field : twoDigitFields)
+        *field.value = mypint(&cursor, 2, field.minimum, field.maximum, &error);
+    readSeconds(cursor, fields, error);
+    while (isGeneralized && *cursor != '\0' && std::strchr("0123456789.,", *cursor))
         ++cursor;
-    if (!error)
-        readZone(cursor, isGeneralized, fields, error);
+    readZone(cursor, isGeneralized, fields, error);
     return !error;
 }
 
@@ -226,7 +222,7 @@ int ASNGetOIDData(const char *text, unsigned char *output, unsigned int *outputL
     long first = 0;
     for (int component = 0;; ++component) {
         const std::size_t digits = std::strspn(text, "0123456789");
-        const long value = digits > 0 ? std::strtol(text, nullptr, 10) : 0;
+        const long value = std::strtol(text, nullptr, 10); // of what is no number it isn't asked
         text += digits;
         if (*text != '.' && *text != '\0')
             return 0;

@@ -43,8 +43,6 @@ QByteArray octetsOfBmp(const QByteArray &content)
 {
     const int length = static_cast<int>(content.size());
     const int units = length / 2;
-    if (units == 0)
-        return {};
     std::vector<unsigned int> widened(static_cast<std::size_t>(units) + 1, 0);
     for (std::size_t i = 0; i + 1 < widened.size(); ++i)
         std::memcpy(&widened[i], content.constData() + 2 * i, 2);

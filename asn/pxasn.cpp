@@ -41,11 +41,10 @@ int PXAsnBlock::load(stASN_BLOCK_HEADER *block)
         if (!cell->child)
             return 0;
     }
-    makeChildren();
     const bool isLoaded = !listChild.isEmpty();
     addPlaces(block);
     node = block; // what throws has thrown by now
-    if (isLoaded || qobject_cast<PXAsnBlock *>(parent()))
+    if (isLoaded || document() != this)
         shareNodes();
     return 1;
 }

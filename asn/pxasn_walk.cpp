@@ -2,7 +2,7 @@
 
 void PXAsnBlock::Walk::next()
 {
-    m_open.push_back({m_block, 0, m_block ? nullptr : ASNFirstCell(m_node)});
+    m_open.push_back({m_block, 0, ASNFirstCell(m_node)});
     while (!m_open.empty() && !take(m_open.back()))
         m_open.pop_back();
     m_isAtEnd = m_open.empty();
@@ -14,7 +14,6 @@ bool PXAsnBlock::Walk::take(Level &level)
     if (!level.block) {
         if (!level.cell)
             return false;
-        m_block = nullptr;
         m_node = level.cell->child;
         level.cell = level.cell->next;
         return true;
