@@ -115,6 +115,18 @@ private slots:
         QCOMPARE(ASNGetDataLength(nullptr), 0U);
     }
 
+    void aCellOfNothing()
+    {
+        const AsnBlockPtr root = parsed(QByteArray::fromHex("3003020101"));
+        QCOMPARE(ASNAppendChild(root.get(), nullptr), 1);
+        QCOMPARE(ASNAppendChild(root.get(), leafOf(0x04, "x").release()), 1);
+        QCOMPARE(ASNGetDataLength(root.get()), 2U);
+        QCOMPARE(encoded(root.get()).toHex(), QByteArray("3006020101040178"));
+        QVERIFY(!ASNGetChild(root.get(), 1));
+        QCOMPARE(ASNRemoveChild(root.get(), 1), 1);
+        QCOMPARE(outline(root.get()), QStringLiteral("30(02:01,04:78)"));
+    }
+
     void updateOfEmptyStructs()
     {
         for (const unsigned char tag : std::initializer_list<unsigned char>{0x30, 0xA3, 0x04}) {
@@ -246,6 +258,16 @@ private slots:
         QByteArray der(8, '\0');
         QCOMPARE(ASNBuildData(root.get(), reinterpret_cast<unsigned char *>(der.data()), 8), 1);
         QCOMPARE(der.toHex(), QByteArray("3006000000000000"));
+        // Nor does what is inside of it.
+        const AsnBlockPtr nested = parsed(QByteArray::fromHex("300430020500"));
+        ASNUpdate(nested.get());
+        stASN_BLOCK_HEADER *inner = ASNGetChild(nested.get(), 0);
+        ASNAddSample(0x05, inner);
+        ASNUpdate(inner);
+        QByteArray short6(6, '\0');
+        QCOMPARE(ASNBuildData(nested.get(), reinterpret_cast<unsigned char *>(short6.data()), 6),
+                 1);
+        QCOMPARE(short6.toHex(), QByteArray("300400000000"));
     }
 
     void dataLengthIsThatOfTheLeaves()

@@ -1,6 +1,7 @@
 #include "tests/asn/tree.h"
 #include "tests/support/message_recorder.h"
 
+#include "asn/asn_values.h"
 #include "asn/pxasn.h"
 
 #include <algorithm>
@@ -84,6 +85,7 @@ Cost costOf(const QByteArray &input, const Work &work)
 
 Q_DECLARE_METATYPE(Input)
 Q_DECLARE_METATYPE(Work)
+Q_DECLARE_METATYPE(std::function<void()>)
 
 /// Twice the input takes twice the time and memory, whatever it holds.
 class TestAsnLimits : public QObject
@@ -208,6 +210,73 @@ private slots:
         for (const stASN_CHILD_CELL *cell = ASNFirstCell(root.get()); cell; cell = cell->next)
             ++count;
         QCOMPARE(count, ASN_MAX_ELEMENTS);
+    }
+
+    void everythingIsFreed_data()
+    {
+        using Round = std::function<void()>;
+        QTest::addColumn<Round>("round");
+        const auto row = [](const char *name, const Round &round) { QTest::newRow(name) << round; };
+        const QByteArray inside = QByteArray::fromHex("0404020161043004020162");
+        const QByteArray der =
+            extended(inside); // one string that holds an element, and one that doesn't
+        row("tree", [der] { parsed(der); });
+        row("tree with a cell of nothing", [der] {
+            const AsnBlockPtr root = parsed(der);
+            ASNAppendChild(root.get(), nullptr);
+            ASNAppendChild(root.get(), parsed(der).release());
+        });
+        row("what is refused", [der] {
+            const AsnBlockPtr leaf(ASNAddSample(0x02, nullptr));
+            ASNAddSample(0x02, leaf.get());
+            ASNAddStruct(0x30, leaf.get());
+            ASNAddByData(leaf.get(), octets(der), unsigned(der.size()));
+        });
+        row("child", [der] {
+            const AsnBlockPtr root = parsed(der);
+            ASNRemoveChild(root.get(), 0);
+        });
+        row("content", [der] {
+            const AsnBlockPtr root = parsed(der);
+            for (int i = 0; i < 2; ++i)
+                ASNSetBlockData(ASNGetChild(root.get(), 0), octets(der), 5);
+        });
+        row("bit string", [] {
+            const AsnBlockPtr leaf(ASNAddSample(0x03, nullptr));
+            ASNSetBitStringData(leaf.get(), octets("abc"), 3, 0);
+        });
+        row("document", [der] {
+            PXAsn document(nullptr);
+            document.open(der);
+            document.getChild(0, 0)->getChild(0, 0);
+            document.open(der);
+            document.create(0x30);
+        });
+        row("document changed", [der] {
+            PXAsn document(nullptr);
+            document.addBlock(der);
+            document.open(der);
+            document.addBlock(der);
+            document.addSample(0x30);
+            document.getChild(0, 0)->setData("x");
+            document.remove(1);
+        });
+    }
+
+    void everythingIsFreed()
+    {
+        QFETCH(std::function<void()>, round);
+        const MessageRecorder debugStream;
+        const auto rounds = [&round](int count) {
+            for (int i = 0; i < count; ++i)
+                round();
+            MessageRecorder::messages() = QStringList();
+            return memoryInUse();
+        };
+        constexpr int kRounds = 2000;
+        const std::size_t before = rounds(10);
+        QVERIFY(rounds(kRounds) <
+                before + 8 * kRounds); // the least that can be lost has sixteen octets
     }
 
     // As where it is too deep: its octets stay whole, and what comes behind parses.

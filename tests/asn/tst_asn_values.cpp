@@ -139,6 +139,7 @@ private slots:
         const auto badUtcTime = [&](const QByteArray &text) { row(kUtcTime, text, 0, 1); };
         utcTime("700101000000Z", 0);
         utcTime("700101000001Z", 1);
+        utcTime("000101000000Z", utc(2000, 1, 1, 0, 0, 0));
         utcTime("500101000000Z", -631152000);
         row(kUtcTime, "491231235959Z", 0, 2);
         utcTime("380119031407Z", 2147483647);
@@ -217,10 +218,12 @@ private slots:
         // Beyond that the wrapped product is positive again, and wrong.
         row(kGeneralizedTime, "21070101000000Z", utc(2107, 1, 1, 0, 0, 0) - 4294967296);
         row(kGeneralizedTime, "23000101000000Z", utc(2300, 1, 1, 0, 0, 0) - 2 * 4294967296);
+        row(kGeneralizedTime, "23010101000000Z", utc(2301, 1, 1, 0, 0, 0) - 2 * 4294967296);
         row(kGeneralizedTime, "24010101000000Z", utc(2401, 1, 1, 0, 0, 0) - 3 * 4294967296);
         row(kGeneralizedTime, "18330101000000Z", utc(1833, 1, 1, 0, 0, 0) + 4294967296);
         row(kGeneralizedTime, "18000301000000Z", utc(1800, 3, 1, 0, 0, 0) + 4294967296);
         row(kGeneralizedTime, "15500101000000Z", utc(1550, 1, 1, 0, 0, 0) + 3 * 4294967296);
+        row(kGeneralizedTime, "00000101000000Z", -2037677056); // a year that the toolkit lacks
         row(kGeneralizedTime, "x0200101120000Z", 0, 1);
         row(kGeneralizedTime, "202x0101120000Z", 0, 1);
         row(kGeneralizedTime, "20200101120000.5x", 0, 1);
@@ -312,6 +315,8 @@ private slots:
         row("8837", "3.16.55");   // the first octet alone gives two arcs
         row("FF01", "6.15.1");
         row("0001", "0.0.1");
+        row("2801", "1.0.1");
+        row("5001", "2.0.1");
         row("2A86", "1.2"); // cut within a subidentifier
         row("2A0186", "1.2.1");
         row("2A87FFFFFF7F", "1.2.2147483647");
@@ -351,7 +356,7 @@ private slots:
     void identifierNameOutputs()
     {
         const QByteArray content = QByteArray::fromHex("551D0F"); // "2.5.29.15"
-        char output[10];
+        char output[11];
         std::memset(output, 'x', sizeof output);
         unsigned int length = 8;
         QCOMPARE(ASNGetOIDName(octets(content), 3, output, &length), 1);
@@ -363,6 +368,7 @@ private slots:
         QCOMPARE(ASNGetOIDName(octets(content), 3, output, &length), 1);
         QCOMPARE(length, 9U);
         QCOMPARE(output, "2.5.29.15");
+        QCOMPARE(output[10], 'x');
         QCOMPARE(ASNGetOIDName(octets(content), 3, output, nullptr), 0);
         QCOMPARE(ASNGetOIDName(nullptr, 3, output, &length), 0);
     }

@@ -134,6 +134,8 @@ private slots:
         row(0x17, "20010112", "UTC", "0020-01-01 12:00:00");
         row(0x17, "201301120000Z", "UTC", "");
         row(0x17, "200132120000Z", "UTC", "");
+        row(0x17, "200101161500Z", "Asia/Taipei", "0020-01-01 00:15:00");
+        row(0x17, "200101001500Z", "America/New_York", "0020-01-01 19:15:00");
         // The hour is moved as any other; a time of day that is impossible then is midnight.
         row(0x17, "200101240000Z", "UTC", "0020-01-01 00:00:00");
         row(0x17, "200101240000Z", "Asia/Taipei", "0020-01-01 08:00:00");

@@ -297,6 +297,7 @@ private slots:
         QCOMPARE(document.addBlock(sequence({utf8("a")}) + "behind"), 1);
         QCOMPARE(sent(), (QStringList{"[update:400] start", "[update:402] end"}));
         QCOMPARE(document.tree(), QStringLiteral("30(02:01,30(0C:61))"));
+        QCOMPARE(ASNGetBlockLength(ASNGetChild(document.root(), 1)), 5U); // computed already
         // The new object mirrors the whole of the node that was added to.
         QCOMPARE(document.getChildCount(), 2);
         PXAsnBlock *mirror = document.getChild(1, 0x30);
@@ -432,6 +433,20 @@ private slots:
                             "        INTEGER       length =7"));
     }
 
+    // A document opened anew has its objects made when they are asked for, and all with the first
+    // that doubles.
+    void objectsAreMadeWithTheFirstThatDoubles()
+    {
+        PXAsn document(nullptr);
+        for (int i = 0; i < 2; ++i) {
+            QCOMPARE(document.open(sequence({sequence({integer("01")}), integer("02")})), 1);
+            QVERIFY(document.children().isEmpty());
+            QCOMPARE(document.addBlock(integer("03")), 1);
+            QCOMPARE(document.children().size(), 3);
+            QCOMPARE(document.getChild(0, 0x30)->children().size(), 1);
+        }
+    }
+
     void nodesThatGoThroughAnotherObjectAreForgotten()
     {
         PXAsn document(nullptr);
@@ -468,8 +483,7 @@ private slots:
         PXAsn document(nullptr);
         QCOMPARE(document.open(sequence({integer("01")})), 1);
         PXAsnBlock *refused = document.addSample(0x30);
-        PXAsnBlock *second = document.addSample(0x02);
-        QCOMPARE(second->setData("\x02"), 1);
+        PXAsnBlock *second = document.addStruct(0x31);
         QCOMPARE(document.remove(1), 1);
         QCOMPARE(document.getChildCount(), 2);
         QCOMPARE(document.getChild(1, 0), second);
@@ -494,12 +508,14 @@ private slots:
         document.close();
         QCOMPARE(whole->type(), 0);
         QCOMPARE(whole->print(), QStringLiteral("None"));
-        // Another document there is none of this one's.
+        // Another document there is none of this one's, nor is any other object.
+        new QObject(&document);
         auto *other = new Shown;
         other->setParent(&document);
         QCOMPARE(document.open(sequence({integer("01")})), 1);
         QCOMPARE(other->open(sequence({integer("05")})), 1);
         QCOMPARE(document.addBlock(integer("02")), 1);
+        QVERIFY(other->children().isEmpty());
         QCOMPARE(document.remove(0), 1);
         QCOMPARE(other->getChild(0, 0x02)->toInt(), 5);
     }

@@ -142,6 +142,7 @@ private slots:
         row("BIT STRING of an unused-bits octet alone", 0x03, hex("05"), {});
         row("empty BIT STRING", 0x03, {}, {});
         row("BMPString", 0x1E, hex("0041004253F0"), "AB\xE5\x8F\xB0");
+        row("BMPString beyond Latin", 0x1E, hex("4E2D6587"), "\xE4\xB8\xAD\xE6\x96\x87");
         row("BMPString that ends at a NUL", 0x1E, hex("004100000042"), "A");
         row("BMPString of an odd length", 0x1E, hex("004100"), "A");
         row("BMPString of one octet", 0x1E, hex("41"), {});
