@@ -29,7 +29,7 @@ QString readLanguageCode(const QString &directory)
     qDebug() << path;
     const QByteArray name = QFile::encodeName(path);
     QByteArray xml;
-    file_reader::readWhole(name.constData(), xml);
+    file_reader::readWhole(name.constData(), xml, file_reader::kNoPatience);
     // Deliberate: the line is for what exists, also when it can't be read.
     if (file_reader::exists(name.constData()))
         qDebug() << path << "read succ";

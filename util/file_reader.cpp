@@ -39,9 +39,10 @@ int openForReading(const char *path, struct stat &status)
     return fd;
 }
 
-bool waitForData(int fd, const QDeadlineTimer &deadline)
+bool waitForData(int fd, int patienceMs)
 {
     pollfd wait = {fd, POLLIN, 0};
+    const QDeadlineTimer deadline(patienceMs);
     int ready = 0;
     do
         ready = ::poll(&wait, 1, static_cast<int>(deadline.remainingTime()));
@@ -50,13 +51,12 @@ bool waitForData(int fd, const QDeadlineTimer &deadline)
 }
 
 // Hands what is read to `take(octets, length)`, chunk by chunk. True when the end was met, false
-// when reading failed or `take` wants no more.
+// when reading failed, a pipe was silent for too long or `take` wants no more.
 template <typename Take>
-bool readToEnd(int fd, const Take &take)
+bool readToEnd(int fd, int pipePatienceMs, const Take &take)
 {
     constexpr int kChunk = 64 * 1024;
     char chunk[kChunk];
-    const QDeadlineTimer deadline(kPipePatienceMs);
     for (;;) {
         const ssize_t got = ::read(fd, chunk, kChunk);
         if (got == 0)
@@ -64,7 +64,7 @@ bool readToEnd(int fd, const Take &take)
         if (got > 0) {
             if (!take(chunk, static_cast<int>(got)))
                 return false;
-        } else if (errno == EAGAIN ? !waitForData(fd, deadline) : errno != EINTR)
+        } else if (errno == EAGAIN ? !waitForData(fd, pipePatienceMs) : errno != EINTR)
             return false;
     }
 }
@@ -84,7 +84,7 @@ bool readIntoBuffer(const char *path, char *buffer, int &count)
         return false;
     struct stat status = {};
     const FileDescriptor fd(openForReading(path, status));
-    readToEnd(fd, [&](const char *octets, int length) {
+    readToEnd(fd, kPipePatienceMs, [&](const char *octets, int length) {
         std::memcpy(buffer + count, octets, static_cast<size_t>(length));
         count += length;
         return true;
@@ -94,7 +94,7 @@ bool readIntoBuffer(const char *path, char *buffer, int &count)
     return true;
 }
 
-bool readWhole(const char *path, QByteArray &content)
+bool readWhole(const char *path, QByteArray &content, int pipePatienceMs)
 {
     content.clear();
     struct stat status = {};
@@ -103,7 +103,7 @@ bool readWhole(const char *path, QByteArray &content)
         return false;
     const bool isPipe = S_ISFIFO(status.st_mode);
     const bool complete = (isPipe || status.st_size <= kMaxFileSize) &&
-                          readToEnd(fd, [&content](const char *octets, int length) {
+                          readToEnd(fd, pipePatienceMs, [&content](const char *octets, int length) {
                               content.append(octets, length);
                               return content.size() <= kMaxFileSize;
                           });

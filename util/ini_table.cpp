@@ -122,7 +122,9 @@ void parse(ParsedFile &file, const FileIdentity &identity, bool isRegular)
     // Not before the file is asked for its times: what changes after that may carry the same.
     QByteArray content;
     // What keeps a regular file from being read may pass without a trace in its times.
-    if (!file_reader::readWhole(file.encodedPath.constData(), content) && isRegular)
+    const bool isRead =
+        file_reader::readWhole(file.encodedPath.constData(), content, file_reader::kNoPatience);
+    if (!isRead && isRegular)
         file.settled = false;
     file.isPlain = file.plain.read(content);
     if (file.isPlain)

@@ -2,9 +2,14 @@
 #include "tests/support/message_recorder.h"
 #include "util/c_language.h"
 #include "util/c_util.h"
+#include "util/file_descriptor.h"
 #include "util/text_keys.h"
 
+#include <fcntl.h>
+#include <QElapsedTimer>
 #include <QTest>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -41,6 +46,7 @@ private slots:
     void section();
     void missingConfiguration_data();
     void missingConfiguration();
+    void pipeAsConfiguration();
     void configurationIsReadAgain();
     void longConfiguration_data();
     void longConfiguration();
@@ -221,6 +227,28 @@ void TestUtilLanguage::missingConfiguration()
     QCOMPARE(c_language().section(), text("CN"));
     QCOMPARE(MessageRecorder::messages(),
              QStringList(QLatin1Char('"') + m_tree->path(kConfigurationFile) + QLatin1Char('"')));
+}
+
+// What a pipe holds is read; a writer that stays is not waited for.
+void TestUtilLanguage::pipeAsConfiguration()
+{
+    QVERIFY(QDir().mkpath(m_tree->path("settings")));
+    const QByteArray path = QFile::encodeName(m_tree->path(kConfigurationFile));
+    QCOMPARE(::mkfifo(path.constData(), S_IRUSR | S_IWUSR), 0);
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(c_language().section(), text("CN")); // nobody writes
+
+    const FileDescriptor reader(::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    QVERIFY(reader >= 0);
+    {
+        const FileDescriptor writer(::open(path.constData(), O_WRONLY | O_CLOEXEC));
+        QCOMPARE(c_language().section(), text("CN")); // the writer is silent
+        const QByteArray content = configuration("ENG_");
+        QCOMPARE(::write(writer, content.constData(), size_t(content.size())), content.size());
+    }
+    QCOMPARE(c_language().section(), text("EN"));
+    QVERIFY(timer.elapsed() < 5000);
 }
 
 void TestUtilLanguage::configurationIsReadAgain()
