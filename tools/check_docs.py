@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""check_docs.py [TREE]: fails when a document names a file that is not there, or, where the architecture
-draws the road of a certificate, a function that does not live in the file beside it.
+"""check_docs.py [TREE]: fails when a document names a file, a test or a test's function that is not there, or,
+where the architecture draws the road of a certificate, a function that does not live in the file beside it.
 """
 
 import pathlib
@@ -10,12 +10,23 @@ import sys
 DOCUMENTS = ["docs/*.md", "tests/data/*.md", "*.md"]
 STEP = re.compile(r"^ *-> ([\w:…, ]*\S) +(\w+/\S+\.\w+)  ", re.MULTILINE)
 NAMED = re.compile(r"`([a-z]\w*(?:/[\w.-]+)*/[\w-]+\.(?:cpp|h|py|sh|tsv|txt|md|cmake|ui|qrc))`")
+TEST = re.compile(r"`(tst_\w+)((?: \w+)*)`")  # as it is run by hand: a program, and functions of it
 
 
 def defines(text, function):
     """A definition begins at the margin, with its type, and what follows the parameters is no ";"."""
     name = re.escape(function).replace("…", r"\w+")
     return re.search(rf"^(?!return\b)[\w:<>*&,\[\] ]*\b{name}\([^;{{]*\n?[^;]*\{{", text, re.MULTILINE)
+
+
+def missing_tests(tree, text):
+    for test, functions in TEST.findall(text):
+        source = next((found.read_text(encoding="utf-8") for found in tree.glob(f"tests/**/{test}.cpp")), "")
+        if not source:
+            yield test
+        for function in functions.split():
+            if not re.search(rf"^    void {function}\(\)", source, re.MULTILINE):
+                yield f"{test} {function}"
 
 
 def complaints(tree):
@@ -28,6 +39,8 @@ def complaints(tree):
         for name in NAMED.findall(text):
             if not (tree / name).exists() and not (document.parent / name).exists():
                 yield f"{where} names {name}, which is not there"
+        for test in missing_tests(tree, text):
+            yield f"{where} names the test {test}, which is not there"
         steps = STEP.findall(text)
         if document.name == "architecture.md" and not steps:
             yield f"{where} draws no road"

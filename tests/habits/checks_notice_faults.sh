@@ -19,7 +19,9 @@ px_add_library(small SOURCES app/some.cpp app/some.h LINK Qt$1::Core)
 PROJECT
 in_order() {
     printf '#pragma once\n\n#include <QStringList>\n\nQStringList given();\n' >"$tree/app/some.h"
-    printf -- '-> given  app/some.cpp  what is given, see `app/some.h`\n' >"$tree/docs/architecture.md"
+    printf -- '-> given  app/some.cpp  what is given, see `app/some.h`; held by `tst_some first second`\n' \
+        >"$tree/docs/architecture.md"
+    printf 'class TestSome\n{\n    void first();\n    void second();\n};\n' >"$tree/tests/tst_some.cpp"
     printf '#include "some.h"\n\nQStringList given()\n{\n    return {};\n}\n' >"$tree/app/some.cpp"
 }
 notices() { # HABIT TEXT
@@ -60,6 +62,10 @@ sed -i 's/given/taken/' "$tree/docs/architecture.md"
 notices docs 'says that taken is in app/some.cpp, where it is not'
 sed -i 's/some.h/other.h/' "$tree/docs/architecture.md"
 notices docs 'names app/other.h, which is not there'
+sed -i 's/second`/third`/' "$tree/docs/architecture.md"
+notices docs 'names the test tst_some third, which is not there'
+rm "$tree/tests/tst_some.cpp"
+notices docs 'names the test tst_some, which is not there'
 echo 'The road.' >"$tree/docs/architecture.md"
 notices docs 'draws no road'
 

@@ -11,6 +11,7 @@ class TestAppPlugins : public QObject
 private slots:
     void decoys_data();
     void decoys();
+    void coreWhereItIsStarted();
 };
 
 namespace {
@@ -97,6 +98,20 @@ void TestAppPlugins::decoys()
     QVERIFY(!viewer.window().isEmpty());
     QVERIFY(viewer.says("main:: end"));
     QCOMPARE(loadedKinds(viewer, folder), loaded);
+}
+
+// Also when the install folder has none.
+void TestAppPlugins::coreWhereItIsStarted()
+{
+    const ViewerTree tree;
+    QVERIFY(QFile::remove(tree.path("bin/PXSignatureCoreV10.so")));
+    QVERIFY(QDir(tree.elsewhere()).mkdir(QStringLiteral("bin")));
+    for (const char *place : {"/bin/PXSignatureCoreV10.so", "/PXSignatureCoreV10.so"})
+        QVERIFY(QFile::copy(QStringLiteral(PX_BINARY_DIR "/tests/decoys/generic/decoy_generic.so"),
+                            tree.elsewhere() + QLatin1String(place)));
+    Program viewer(tree, "PXViewCertTool", {});
+    QCOMPARE(viewer.end(), 0);
+    QCOMPARE(loadedKinds(viewer, QString()), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestAppPlugins)
