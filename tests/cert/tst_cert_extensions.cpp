@@ -1,4 +1,5 @@
 #include "asn/asn_values.h"
+#include "asn/pxasn.h"
 #include "tests/cert/parsed.h"
 #include "tests/cert/recognised.h"
 #include "tests/support/der.h"
@@ -346,7 +347,11 @@ private slots:
         parse(certificate.encoded());
         QVERIFY(recorder.messages().contains(
             QStringLiteral("\"%1\"  count 3").arg(QLatin1String(kUnknownDotted))));
-        QVERIFY(!c_pxcert(nullptr).parseTBSCertificate_extendata(nullptr));
+        c_pxcert model(nullptr);
+        QVERIFY(!model.parseTBSCertificate_extendata(nullptr));
+        PXAsn document(nullptr);
+        QVERIFY(document.open(sequence({sequence({extension(kUnknown, integer("05"))})})));
+        QVERIFY(model.parseTBSCertificate_extendata(&document));
     }
 
     void extensionWithoutValueHasARow()

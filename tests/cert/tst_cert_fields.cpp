@@ -144,6 +144,38 @@ private slots:
         QVERIFY(!c_pxcert::fromUTCTime(QStringLiteral("250102990000Z")).isValid());
         QVERIFY(!c_pxcert::fromGeneralizedTime(QStringLiteral("00000102000000Z")).isValid());
     }
+
+    void timesOfOtherLengthsAreNone()
+    {
+        for (const char *text : {"250102120000", "250102120000ZZ", "2501021200000Z"})
+            QVERIFY2(c_pxcert::fromUTCTime(QLatin1String(text)).isNull(), text);
+        for (const char *text : {"20250102120000", "20250102120000ZZ", "202501021200000Z"})
+            QVERIFY2(c_pxcert::fromGeneralizedTime(QLatin1String(text)).isNull(), text);
+    }
+
+    void firstYearsOfACentury()
+    {
+        const auto utcYear = [](const char *text) {
+            return c_pxcert::fromUTCTime(QLatin1String(text)).date().year();
+        };
+        QCOMPARE(utcYear("000102120000Z"), 2000);
+        QCOMPARE(utcYear("490102120000Z"), 2049);
+        QCOMPARE(utcYear("500102120000Z"), 1950);
+        const auto year = [](const char *text) {
+            return c_pxcert::fromGeneralizedTime(QLatin1String(text)).date().year();
+        };
+        QCOMPARE(year("20000102120000Z"), 2000);
+        QCOMPARE(year("00250102120000Z"), 25);
+    }
+
+    // A year that is no number would otherwise be one that ends a century.
+    void yearsOfOtherCharactersAreNone()
+    {
+        for (const char *text : {"x00102120000Z", "0x0102120000Z", "-10102120000Z"})
+            QVERIFY2(!c_pxcert::fromUTCTime(QLatin1String(text)).isValid(), text);
+        for (const char *text : {"x0000102120000Z", "20x00102120000Z", "x0x00102120000Z"})
+            QVERIFY2(!c_pxcert::fromGeneralizedTime(QLatin1String(text)).isValid(), text);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestCertFields)

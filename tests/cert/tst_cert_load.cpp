@@ -4,6 +4,7 @@
 #include "tests/support/ordinary_user.h"
 #include "tests/support/printed.h"
 
+#include "asn/pxasn.h"
 #include "cert/certificate_input.h"
 
 #include <fcntl.h>
@@ -76,6 +77,8 @@ private slots:
                  QByteArray("0\x03\x02\x01\0", 5));
         QCOMPARE(certificate_input::certificateOctets(QByteArray("0\0x", 3)),
                  QByteArray("0\0x\0", 4));
+        const QByteArray behindANul = '\0' + armour("x");
+        QCOMPARE(certificate_input::certificateOctets(behindANul), behindANul + '\0');
     }
 
     void firstArmouredBlock()
@@ -89,7 +92,75 @@ private slots:
         QCOMPARE(certificate_input::firstArmouredBlock(
                      "-----END CERTIFICATE-----\n-----BEGIN CERTIFICATE-----\nMAA=\n"),
                  QByteArray());
+        QCOMPARE(certificate_input::firstArmouredBlock(certificate.toBase64() +
+                                                       "\n-----END CERTIFICATE-----\n"),
+                 QByteArray());
         QCOMPARE(certificate_input::firstArmouredBlock({}), QByteArray());
+    }
+
+    void whiteSpaceAroundALineCountsForNothing()
+    {
+        const QByteArray certificate = Certificate().encoded();
+        for (const QByteArray space : {" ", "\t", "\v", "\f", " \t "}) {
+            const QByteArray text = "-----BEGIN CERTIFICATE-----\n" + space + '\n' + space +
+                                    certificate.toBase64() + space +
+                                    "\n-----END CERTIFICATE-----\n";
+            QCOMPARE(certificate_input::firstArmouredBlock(text), certificate);
+        }
+    }
+
+    // Then all of the text is one element: a certificate, if it is a SEQUENCE.
+    void commentThatIsTheBeginningOfAnElement()
+    {
+        const QByteArray certificate = Certificate().encoded();
+        const auto octetsOf = [&](const QByteArray &whole) {
+            const QByteArray comment = whole.left(whole.size() - certificate.size()).toBase64();
+            return certificate_input::certificateOctets(comment + '\n' + armour(certificate));
+        };
+        const QByteArray inside = integer("05") + certificate;
+        QCOMPARE(octetsOf(tlv(0x04, inside)), certificate);
+        QCOMPARE(octetsOf(tlv(0x30, inside)), tlv(0x30, inside));
+    }
+
+    void textThatHoldsNoSequenceIsDecodedWhole()
+    {
+        QCOMPARE(certificate_input::certificateOctets(
+                     "-----BEGIN CERTIFICATE-----\nAQID\n!BAUG\n-----END CERTIFICATE-----\n"),
+                 QByteArray("\x01\x02\x03\x04\x05\x06"));
+        // Nor one that fits.
+        QCOMPARE(certificate_input::certificateOctets("MIIB\n" + armour("\x04\x05\x06")),
+                 QByteArray("\x30\x82\x01\x04\x05\x06"));
+    }
+
+    void armourCountsForNothingWhereverItStands()
+    {
+        const QByteArray certificate = Certificate().encoded();
+        for (const char *end : {"END CERTIFICATE", "END CERT-IFI--CATE", "-----END CERTIFICATE"})
+            QCOMPARE(certificate_input::certificateOctets("BEGIN CERTIFICATE\n" +
+                                                          certificate.toBase64() + '\n' + end),
+                     certificate);
+    }
+
+    void linesOfBase64AloneCount()
+    {
+        const QByteArray alphabet(
+            "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
+        const auto octetsOf = [&](const QByteArray &line) {
+            return certificate_input::firstArmouredBlock("-----BEGIN CERTIFICATE-----\n" + line +
+                                                         "\n-----END CERTIFICATE-----\n");
+        };
+        for (int i = 0; i < alphabet.size(); ++i)
+            QCOMPARE(octetsOf("QUJ" + alphabet.mid(i, 1)).left(2), QByteArray("AB"));
+        for (const char other : QByteArray(".:@[`{*,-_ "))
+            QCOMPARE(octetsOf(QByteArray("QUJ") + other + "DRE\nRUZH"), QByteArray("EFG"));
+    }
+
+    void documentThatCouldNotBeOpenedIsEmpty()
+    {
+        PXAsn document(nullptr);
+        certificate_input::open(document, tlv(0x04, armour("\x30\x82")));
+        QVERIFY(!document.checkTag(0x04));
+        QCOMPARE(document.getChildCount(), 0);
     }
 
     void unreadablePlacesAreRefusedAtOnce()

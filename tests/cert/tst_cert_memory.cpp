@@ -39,6 +39,13 @@ QByteArray withExtension(const QByteArray &value)
     return certificate.encoded();
 }
 
+QByteArray withExtensions(const QByteArray &extensions)
+{
+    Certificate certificate;
+    certificate.extensions = extensions;
+    return certificate.encoded();
+}
+
 // The most memory that this process has had so far, in octets.
 qint64 peak()
 {
@@ -91,6 +98,8 @@ private slots:
             << QByteArray("BEGIN CERTIFICATE").repeated(kSize / 17) << 5;
         QTest::newRow("name") << withName(QByteArray(kSize, 'n')) << kOfAName;
         QTest::newRow("extension") << withExtension(QByteArray(kSize, '\xAB')) << 12;
+        QTest::newRow("extensions") << withExtensions(QByteArray("\x30\0", 2).repeated(900000))
+                                    << 14; // their objects go one by one
         QTest::newRow("key") << withKey(QByteArray(kSize, '\xAB')) << 12;
     }
     void peak()

@@ -156,6 +156,20 @@ private slots:
         QVERIFY(recorder.messages().filter(texts::shown(text_keys::kStatusPurposes)).isEmpty());
     }
 
+    void lineFeedsAreToldApart()
+    {
+        Certificate certificate;
+        certificate.subject = sequence({set({attribute(kCommonName, utf8("one\ntwo"))})});
+        certificate.extensions = extension("551D20", sequence({sequence({oid(kUnknown)})}));
+        c_pxcert model(nullptr);
+        QVERIFY(model.ownLineFeeds(c_pxcert::StatusBlock).empty());
+        QVERIFY(model.parse_cert(certificate.encoded()));
+        QCOMPARE(model.ownLineFeeds(c_pxcert::StatusBlock), std::vector<bool>(5, true));
+        QCOMPARE(model.ownLineFeeds(c_pxcert::IdentityBlock),
+                 (std::vector<bool>{false, true, true, true, true}));
+        QCOMPARE(model.ownLineFeeds(2), model.ownLineFeeds(c_pxcert::IdentityBlock));
+    }
+
     void identityNamesGoThroughTheLocale()
     {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
