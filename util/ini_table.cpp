@@ -99,7 +99,7 @@ bool dependsOnTheQuestion(const QByteArray &content)
     static const QRegularExpression comment(QStringLiteral(R"(^[ \t]*;[^\r\n]*)"),
                                             QRegularExpression::MultilineOption);
     static const QRegularExpression oddKey(QStringLiteral(R"([/\\%])"));
-    const QString text = QString::fromLatin1(content);
+    const QString text = QString::fromLatin1(content.constData(), content.size());
     return text.contains(oddSection) ||
            text.section(QLatin1Char('['), 0, 0).remove(comment).contains(oddKey);
 }

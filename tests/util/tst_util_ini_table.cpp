@@ -228,6 +228,8 @@ void TestUtilIniTable::readsAsSettingsDo_data()
     QTest::newRow("NUL in a value")
         << QByteArray("[CN]\nK=\"a\0b\"\n", 13) << QString::fromUtf8("a\0b", 3);
     row("NUL in a key", QByteArray("[CN]\nK\0L=x\nK=y\n", 15), "y");
+    // A section that is asked about one key at a time, wherever it stands.
+    row("NUL before an odd section", QByteArray("[TW]\nL=\0\n[ General ]\nCN/K=x\n", 28), "");
     row("no file to speak of", "\n\n", "");
 }
 
