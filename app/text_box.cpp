@@ -9,8 +9,9 @@ using visible_text::Piece;
 
 namespace {
 
-// The property of a mark's format that holds what the mark stands for.
+// The properties of a mark's format that hold what the mark stands for, and how long it is.
 constexpr int kOriginal = QTextFormat::UserProperty;
+constexpr int kMarkLength = kOriginal + 1;
 
 bool endsWord(QChar c)
 {
@@ -87,21 +88,27 @@ void appendOwn(std::vector<Piece> &pieces, const QString &text)
 QTextCharFormat formatOf(const Piece &piece)
 {
     QTextCharFormat format;
-    if (!piece.original.isEmpty())
+    if (!piece.original.isEmpty()) {
         format.setProperty(kOriginal, piece.original);
+        format.setProperty(kMarkLength, static_cast<int>(piece.shown.size()));
+    }
     return format;
 }
 
-// What of the fragment lies between the two positions; of a mark, all that it stands for.
+// What of the fragment lies between the two positions; of a mark, all that it stands for. Equal
+// marks side by side are one fragment.
 QString originalWithin(const QTextFragment &fragment, int start, int end)
 {
-    const int first = std::max(start, fragment.position());
-    const int last = std::min(end, fragment.position() + fragment.length());
+    const int first = std::max(start - fragment.position(), 0);
+    const int last = std::min(end - fragment.position(), fragment.length());
     if (first >= last)
         return {};
-    if (fragment.charFormat().hasProperty(kOriginal))
-        return fragment.charFormat().stringProperty(kOriginal);
-    return fragment.text().mid(first - fragment.position(), last - first);
+    const QTextCharFormat format = fragment.charFormat();
+    if (!format.hasProperty(kOriginal))
+        return fragment.text().mid(first, last - first);
+    const int length = format.intProperty(kMarkLength);
+    const int marks = (last + length - 1) / length - first / length;
+    return format.stringProperty(kOriginal).repeated(marks);
 }
 
 QString originalWithin(const QTextBlock &block, int start, int end)

@@ -154,6 +154,7 @@ private slots:
     void hugeTextsOfEveryKind_data();
     void hugeTextsOfEveryKind();
     void whatMisleadsIsMarked();
+    void equalMarksAreCopiedEach();
     void aNameForgesNoLines();
     void aNameOfAnyDirectionStandsBehindItsLabel();
     void manyRows();
@@ -806,6 +807,25 @@ void TestAppViews::whatMisleadsIsMarked()
     details.box->setTextCursor(cursor);
     details.box->copy();
     QCOMPARE(QGuiApplication::clipboard()->text(), QString::fromUtf8("nk\u202E"));
+}
+
+// Though the box holds what is alike side by side as one.
+void TestAppViews::equalMarksAreCopiedEach()
+{
+    Details details;
+    const QString text = QString::fromUtf8("a\t\t\tb\u202E\u202Ec");
+    details.window.result_detail({{QStringLiteral("name"), text, text, 0}});
+    details.click(0, 0);
+    QCOMPARE(details.detail(), QString::fromUtf8("a   b‹U+202E›‹U+202E›c"));
+    details.box->selectAll();
+    details.box->copy();
+    QCOMPARE(QGuiApplication::clipboard()->text(), text);
+    QTextCursor cursor = details.box->textCursor();
+    cursor.setPosition(2);
+    cursor.setPosition(6, QTextCursor::KeepAnchor); // from the second tab into the first mark
+    details.box->setTextCursor(cursor);
+    details.box->copy();
+    QCOMPARE(QGuiApplication::clipboard()->text(), QString::fromUtf8("\t\tb\u202E"));
 }
 
 // The lines of the general page are the program's own.
