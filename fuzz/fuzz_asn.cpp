@@ -44,21 +44,25 @@ void readValues(stASN_BLOCK_HEADER *node)
     }
 }
 
-} // namespace
-
 // What a parsed tree is written as reads back as the same.
-int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void requireTreeComesBack(const Octets &octets, bool isExtended)
 {
-    if (size == 0)
-        return 0;
-    const bool isExtended = (data[0] & 1) != 0;
-    const AsnBlockPtr root = parsed(Octets(data + 1, data + size), isExtended);
+    const AsnBlockPtr root = parsed(octets, isExtended);
     if (!root)
-        return 0;
+        return;
     readValues(root.get());
     const Octets der = encoded(root.get());
-    require(der.size() < size); // no length is written longer than it was read
+    require(der.size() <= octets.size()); // no length is written longer than it was read
     const AsnBlockPtr again = parsed(der, isExtended);
     require(again && encoded(again.get()) == der);
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    const Octets octets(data, data + size);
+    requireTreeComesBack(octets, false);
+    requireTreeComesBack(octets, true);
     return 0;
 }

@@ -73,11 +73,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     PXAsn again(nullptr);
     require(again.open(der) == 1 && again.build() == der);
     constexpr std::size_t kChanges = 8;
-    for (std::size_t i = 0; i < size && i < kChanges; ++i) {
+    for (std::size_t i = 0; i < size && i < kChanges; ++i)
         change(document, data[size - 1 - i], der);
-        readAll(document);
-        document.myprint();
-    }
+    readAll(document);
+    document.myprint();
     document.update();
     document.build();
     return 0;
