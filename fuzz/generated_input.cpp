@@ -1,8 +1,11 @@
-// Runs a fuzz target without a fuzzer: on the files named, or on 20,000 generated inputs.
+// [-runs=COUNT] [FILE|FOLDER]...: runs a fuzz target without a fuzzer, on the files named and those
+// in the folders, then on COUNT generated inputs, or 20,000 if nothing is named at all.
 
 #include "fuzz_target.h"
 
+#include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <random>
 #include <string>
@@ -29,16 +32,41 @@ void run(const std::vector<std::uint8_t> &input)
     LLVMFuzzerTestOneInput(input.data(), input.size());
 }
 
+void runFile(const std::filesystem::path &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    require(file.good());
+    std::cerr << path << std::endl; // flushed: it names the input that ends the program
+    run({std::istreambuf_iterator<char>(file), {}});
+}
+
+void runAll(const std::filesystem::path &path)
+{
+    if (!std::filesystem::is_directory(path)) {
+        runFile(path);
+        return;
+    }
+    const std::filesystem::directory_iterator files(path);
+    require(files != std::filesystem::directory_iterator()); // a corpus that is not there
+    for (const auto &file : files)
+        runFile(file.path());
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
+    const std::string runs("-runs=");
+    int count = argc == 1 ? 20000 : 0;
     for (int i = 1; i < argc; ++i) {
-        std::ifstream file(argv[i], std::ios::binary);
-        run({std::istreambuf_iterator<char>(file), {}});
+        const std::string argument(argv[i]);
+        if (argument.compare(0, runs.size(), runs) == 0)
+            count = std::stoi(argument.substr(runs.size()));
+        else
+            runAll(argument);
     }
     std::mt19937 random(1);
-    for (int i = 0; argc == 1 && i < 20000; ++i)
+    while (count-- > 0)
         run(generated(random));
     return 0;
 }
