@@ -9,6 +9,7 @@
 #include <QImage>
 #include <QPixmap>
 #include <QScreen>
+#include <QTcpServer>
 #include <QtTest>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -126,6 +127,7 @@ private slots:
     void secondInstanceHandsOver();
     void handsOverByMessage();
     void waitsFourSecondsForAnAnswer();
+    void whoStartedMeanwhileIsTheFirst();
     void appearsWhenLoadingFails_data();
     void appearsWhenLoadingFails();
     void relativePaths_data();
@@ -371,6 +373,32 @@ void TestAppProcess::waitsFourSecondsForAnAnswer()
         shortest = qMin(shortest, timer.elapsed());
     }
     QVERIFY2(shortest > 3500 && shortest < 4900, qPrintable(QString::number(shortest)));
+}
+
+// Another becomes the first one while this one waits for the display, having found none.
+void TestAppProcess::whoStartedMeanwhileIsTheFirst()
+{
+    ViewerTree tree;
+    constexpr int kPortOfTheFirst = 6000;
+    QTcpServer display;
+    QVERIFY(display.listen(QHostAddress::LocalHost));
+    tree.environment.insert(
+        QStringLiteral("DISPLAY"),
+        QStringLiteral("127.0.0.1:%1").arg(display.serverPort() - kPortOfTheFirst));
+    tree.environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    Program second(tree, kViewer, {example("server.pem")});
+    QVERIFY(display.waitForNewConnection(Program::kPatienceMs));
+    InstanceLock lock = lockOf(tree);
+    QCOMPARE(lock.acquire(), InstanceLock::Result::Held);
+    InstanceServer server;
+    QVERIFY(server.listen(lock.socketPath()));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    display.close();
+    QVERIFY(QTest::qWaitFor([&] { return !second.isRunning(); }, Program::kPatienceMs));
+    QCOMPARE(second.end(), 0);
+    QVERIFY(second.debugLines().contains(QStringLiteral("this is already running")));
+    QCOMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("raise_window_noop"));
 }
 
 void TestAppProcess::appearsWhenLoadingFails_data()

@@ -5,6 +5,7 @@
 #include "tests/support/message_recorder.h"
 
 #include <ctime>
+#include <new>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
@@ -127,6 +128,7 @@ private slots:
     void aValueIsOneLine();
     void rowsAreAsHighBeforeTheWindowIsShown();
     void onlyTheFirstRowsTakeTheirNamesHeight();
+    void aNameTakesFourLinesAtMost();
     void clickOnTheEmptyAreaShowsNothing();
     void namesAreComparedExactly();
     void emptyFullTexts();
@@ -151,6 +153,8 @@ private slots:
     void everyRowOfANameShowsItsBeginning();
     void rowsOfANameThatFitAreShownWhole();
     void rowsWithoutNumber();
+    void noHalfOfACharacterIsShown();
+    void nothingIsHalfShown();
     void hugeTextsOfEveryKind_data();
     void hugeTextsOfEveryKind();
     void whatMisleadsIsMarked();
@@ -426,6 +430,15 @@ void TestAppViews::onlyTheFirstRowsTakeTheirNamesHeight()
     const int oneLine = details.table->verticalHeader()->defaultSectionSize();
     QVERIFY(details.table->rowHeight(199) > oneLine);
     QCOMPARE(details.table->rowHeight(200), oneLine);
+}
+
+void TestAppViews::aNameTakesFourLinesAtMost()
+{
+    Details details;
+    const QByteArray name = QByteArray("word ").repeated(100);
+    details.window.result_detail({row(name.constData(), "value", "full", 0)});
+    QCOMPARE(details.table->rowHeight(0),
+             4 * details.table->verticalHeader()->defaultSectionSize());
 }
 
 void TestAppViews::clickOnTheEmptyAreaShowsNothing()
@@ -735,6 +748,38 @@ void TestAppViews::hugeNumberOfLines()
     details.window.result_normal(lines, 1);
     QCOMPARE(child<QPlainTextEdit>(details.window, "plainTextEdit_normal_2")->blockCount(),
              kMostLines + 1);
+}
+
+void TestAppViews::noHalfOfACharacterIsShown()
+{
+    Details details;
+    const QString most(TextBox::kMostShown - TextBox::kCostOfOthers, QLatin1Char('x'));
+    details.window.result_detail(
+        {{QStringLiteral("name"), QString(), most + QString::fromUtf8("\U0001F512"), 0}});
+    details.click(0, 0);
+    QCOMPARE(details.detail(), most + QChar(0x2026));
+}
+
+// Where memory runs out between two rows, or two pieces of a text.
+void TestAppViews::nothingIsHalfShown()
+{
+    Details details;
+    details.window.result_detail(fiveRows());
+    const auto connection = connect(details.table, &QTableWidget::itemChanged, [&] {
+        if (details.table->rowCount() > 1)
+            throw std::bad_alloc();
+    });
+    details.selector->setCurrentIndex(1);
+    QCOMPARE(details.table->rowCount(), 0);
+    disconnect(connection);
+    details.selector->setCurrentIndex(0);
+    QCOMPARE(details.table->rowCount(), 5);
+    connect(details.box, &QPlainTextEdit::textChanged, [&] {
+        if (!details.detail().isEmpty())
+            throw std::bad_alloc();
+    });
+    details.click(0, 0);
+    QCOMPARE(details.detail(), QString());
 }
 
 // Of more rows than there is room for, the last that are shown are told from the end.
