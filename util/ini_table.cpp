@@ -88,6 +88,15 @@ Texts allTexts(const QSettings &settings)
     return texts;
 }
 
+// What stands before the first section; all of it where a quote may hide which one that is.
+QString beforeSections(const QString &text)
+{
+    static const QRegularExpression head(QStringLiteral(R"((?:\A\xEF\xBB\xBF|^)[ \t]*\[)"),
+                                         QRegularExpression::MultilineOption);
+    const QString before = text.left(text.indexOf(head)); // all of it if there is none
+    return before.contains(QLatin1Char('"')) ? text : before;
+}
+
 // `QSettings` parses no more of a file than the one section that a key seems to lie in. Where the
 // name of a section may hold a slash, or that of a key before the sections, it finds less than what
 // a file that is parsed as a whole has.
@@ -100,8 +109,7 @@ bool dependsOnTheQuestion(const QByteArray &content)
                                             QRegularExpression::MultilineOption);
     static const QRegularExpression oddKey(QStringLiteral(R"([/\\%])"));
     const QString text = QString::fromLatin1(content.constData(), content.size());
-    return text.contains(oddSection) ||
-           text.section(QLatin1Char('['), 0, 0).remove(comment).contains(oddKey);
+    return text.contains(oddSection) || beforeSections(text).remove(comment).contains(oddKey);
 }
 
 struct ParsedFile

@@ -230,6 +230,8 @@ void TestUtilIniTable::readsAsSettingsDo_data()
     row("NUL in a key", QByteArray("[CN]\nK\0L=x\nK=y\n", 15), "y");
     // A section that is asked about one key at a time, wherever it stands.
     row("NUL before an odd section", QByteArray("[TW]\nL=\0\n[ General ]\nCN/K=x\n", 28), "");
+    row("bracket that heads no section", "L=[]\na/K=1\n[CN]\nK=2\n", "2");
+    row("bracket that a quote hides", "L=\"\n[]\n\"\na/K=1\n[CN]\nK=2\n", "2");
     row("no file to speak of", "\n\n", "");
 }
 
