@@ -283,7 +283,8 @@ private:
         const QDateTime written =
             QDateTime::fromString(isNumber ? digits : QString(), QStringLiteral("yyyyMMddhhmmss"));
         const QDateTime utc(written.date(), written.time(), Qt::UTC);
-        const QString shown = display_date::shortText(utc.addSecs(8 * 60 * 60));
+        constexpr qint64 kEightHours = 28800;
+        const QString shown = display_date::shortText(utc.addSecs(kEightHours));
         add(key, shown, shown);
     }
 
@@ -333,9 +334,9 @@ private:
     // The rule's own, of the values that were read here.
     static QString wording(const QString &name, const std::vector<certpolicy> &items)
     {
-        std::vector<QString> values;
-        for (const certpolicy &item : items)
-            values.push_back(item.text);
+        std::vector<QString> values(items.size());
+        std::transform(items.begin(), items.end(), values.begin(),
+                       [](const certpolicy &item) { return item.text; });
         for (const RecognisedExtension &rule : kRecognisedExtensions) {
             if (texts::raw(rule.key) == name)
                 return rule.fromItems ? rule.fromItems(items).text : rule.fromValues(values);

@@ -87,9 +87,9 @@ void requireNothingMisleads(const QString &shown)
 // Every second line feed is the program's own, and they alone end lines.
 void requireLinesAreTheProgramsOwn(Box &box, const QString &text)
 {
-    std::vector<bool> own;
-    for (int i = 0; i < text.count(QLatin1Char('\n')); ++i)
-        own.push_back(i % 2 == 0);
+    std::vector<bool> own(std::size_t(text.count(QLatin1Char('\n'))));
+    for (std::size_t i = 0; i < own.size(); i += 2)
+        own[i] = true;
     box.clearTexts();
     box.appendLines(text, own);
     require(box.blockCount() == 1 + std::count(own.begin(), own.end(), true));
