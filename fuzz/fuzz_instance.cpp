@@ -2,7 +2,6 @@
 #include "fuzz_application.h"
 #include "fuzz_target.h"
 
-#include <algorithm>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QLocalSocket>
@@ -61,7 +60,7 @@ struct Meaning
         constexpr quint32 kMost = kMaxMessageSize;
         const quint32 size = qFromBigEndian<quint32>(octets.constData());
         isTooLong = size > kMost;
-        const int behind = octets.size() - kHeaderSize - static_cast<int>(std::min(size, kMost));
+        const qint64 behind = octets.size() - kHeaderSize - qint64(size);
         isMessage = !isTooLong && behind >= 0;
         isAnswered = isMessage && behind == 0;
         if (isMessage)
@@ -77,7 +76,7 @@ struct Meaning
 // In two parts, as they may arrive.
 void send(QLocalSocket &client, const QByteArray &octets)
 {
-    const int first = octets.isEmpty() ? 0 : octets.size() * uchar(octets.back()) / 256;
+    const auto first = octets.isEmpty() ? 0 : octets.size() * uchar(octets.back()) / 256;
     for (const QByteArray &part : {octets.left(first), octets.mid(first)}) {
         client.write(part);
         client.flush();

@@ -61,8 +61,7 @@ QSet<Question> questionsFor(const QString &path)
     readAsUtf8(settings);
     QSet<Question> questions = {{QStringLiteral("CN"), QStringLiteral("K")}};
     const QStringList keys = settings.allKeys();
-    for (int i = 0; i < std::min<int>(keys.size(), kMost); ++i) {
-        const QString &key = keys.at(keys.size() - 1 - i);
+    for (const QString &key : keys.mid(std::max(0, static_cast<int>(keys.size()) - kMost))) {
         questions.insert({key.section(QLatin1Char('/'), 0, 0), key.section(QLatin1Char('/'), 1)});
         questions.insert({QStringLiteral("General"), key});
     }

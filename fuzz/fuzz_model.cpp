@@ -361,7 +361,7 @@ void requireSame(const Rows &rows, const Rows &expected)
 
 // Rows take a bounded number of characters for each octet: the words that stand around a value, and
 // the longest text that the language file has.
-void requireRoomIsLinear(const Said &said, int octets)
+void requireRoomIsLinear(const Said &said, qint64 octets)
 {
     constexpr qint64 kMostForAnOctet = 100;
     constexpr qint64 kMostForNothing = 1000;
