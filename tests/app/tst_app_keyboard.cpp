@@ -10,7 +10,7 @@
 #include <QTabBar>
 #include <QTableWidget>
 #include <QTabWidget>
-#include <QtTest>
+#include <QTest>
 
 using texts::shown;
 

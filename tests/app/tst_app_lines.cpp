@@ -13,7 +13,7 @@
 #include <QStyleOptionComboBox>
 #include <QTableWidget>
 #include <QTabWidget>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include <QTabBar>
 #include <QTableWidget>
 #include <QTabWidget>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -9,8 +9,9 @@
 #include <QImage>
 #include <QPixmap>
 #include <QScreen>
+#include <QSignalSpy>
 #include <QTcpServer>
-#include <QtTest>
+#include <QTest>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <QGuiApplication>
 #include <QScreen>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include "tests/app/viewer_tree.h"
 #include "tests/app/widgets.h"
 
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "tests/app/viewer_tree.h"
 
 #include <QRegularExpression>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include <QPushButton>
 #include <QStyleOptionComboBox>
 #include <QTemporaryDir>
-#include <QtTest>
+#include <QTest>
 
 using texts::shown;
 

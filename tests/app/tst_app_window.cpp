@@ -12,7 +12,7 @@
 #include <QMetaMethod>
 #include <QPainter>
 #include <QScrollBar>
-#include <QtTest>
+#include <QTest>
 
 using texts::shown;
 

@@ -8,7 +8,7 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QRect>
-#include <QtTest>
+#include <QTest>
 
 /// An install tree with the viewer, the default core and the texts in it, and a folder below which
 /// its instances are guarded apart from all others. It speaks English.

@@ -6,7 +6,7 @@
 #include <QDirIterator>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

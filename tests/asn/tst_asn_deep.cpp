@@ -3,7 +3,7 @@
 
 #include "asn/pxasn.h"
 
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

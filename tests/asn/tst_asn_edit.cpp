@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <QtTest>
+#include <QTest>
 
 PX_SMALL_ALLOCATIONS
 

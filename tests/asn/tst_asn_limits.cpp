@@ -9,7 +9,7 @@
 #include <functional>
 #include <limits>
 #include <malloc.h>
-#include <QtTest>
+#include <QTest>
 
 #ifdef __SANITIZE_ADDRESS__
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();

@@ -3,7 +3,7 @@
 #include "tests/support/guarded_buffer.h"
 
 #include <QRandomGenerator>
-#include <QtTest>
+#include <QTest>
 #include <vector>
 
 namespace {

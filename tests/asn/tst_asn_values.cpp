@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <QDateTime>
-#include <QtTest>
+#include <QTest>
 
 PX_SMALL_ALLOCATIONS
 

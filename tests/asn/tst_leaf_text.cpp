@@ -1,6 +1,6 @@
 #include "asn/leaf_text.h"
 
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include "asn/pxasn.h"
 
 #include <ctime>
-#include <QtTest>
+#include <QTest>
 
 using namespace der;
 

@@ -5,7 +5,8 @@
 
 #include "asn/pxasn.h"
 
-#include <QtTest>
+#include <QPointer>
+#include <QTest>
 
 using namespace der;
 

@@ -5,7 +5,7 @@
 
 #include "asn/pxasn.h"
 
-#include <QtTest>
+#include <QTest>
 
 using namespace der;
 

@@ -4,7 +4,7 @@
 #include "asn/pxasn.h"
 #include "core/px_core_manager.h"
 
-#include <QtTest>
+#include <QTest>
 
 using namespace der;
 

@@ -5,7 +5,7 @@
 #include "core/px_core_manager.h"
 #include "util/text_keys.h"
 
-#include <QtTest>
+#include <QTest>
 
 using namespace der;
 

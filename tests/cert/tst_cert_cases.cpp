@@ -4,7 +4,7 @@
 
 #include <QFile>
 #include <QRegularExpression>
-#include <QtTest>
+#include <QTest>
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
 #include <QTextCodec>
 #endif

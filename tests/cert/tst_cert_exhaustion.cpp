@@ -3,7 +3,7 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "tests/support/der.h"
 #include "tests/support/message_recorder.h"
 
-#include <QtTest>
+#include <QTest>
 
 using namespace der;
 using texts::shown;

@@ -6,7 +6,7 @@
 #include "asn/pxasn.h"
 #include "cert/display_date.h"
 
-#include <QtTest>
+#include <QTest>
 
 using namespace der;
 

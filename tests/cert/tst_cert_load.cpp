@@ -10,8 +10,8 @@
 #include <fcntl.h>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QThread>
-#include <QtTest>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>

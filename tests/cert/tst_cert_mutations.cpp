@@ -5,7 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include "tests/support/message_recorder.h"
 
 #include <ctime>
-#include <QtTest>
+#include <QTest>
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
 #include <QTextCodec>
 #endif

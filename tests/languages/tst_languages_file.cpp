@@ -8,7 +8,7 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QSettings>
-#include <QtTest>
+#include <QTest>
 
 using tables::cell;
 

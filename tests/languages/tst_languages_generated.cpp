@@ -3,7 +3,7 @@
 #include <memory>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QtTest>
+#include <QTest>
 
 using tables::cell;
 

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <memory>
 #include <QRandomGenerator>
-#include <QtTest>
+#include <QTest>
 
 PX_SMALL_ALLOCATIONS
 

@@ -7,7 +7,7 @@
 #include <QFile>
 #include <QMap>
 #include <QProcess>
-#include <QtTest>
+#include <QTest>
 #include <vector>
 
 namespace {

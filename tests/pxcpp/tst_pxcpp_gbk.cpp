@@ -5,7 +5,7 @@
 
 #include <iconv.h>
 #include <QRandomGenerator>
-#include <QtTest>
+#include <QTest>
 #include <vector>
 
 PX_SMALL_ALLOCATIONS

@@ -4,7 +4,7 @@
 #include "pxcpp/code_convert.h"
 
 #include <QRandomGenerator>
-#include <QtTest>
+#include <QTest>
 #include <vector>
 
 namespace {

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <QRandomGenerator>
-#include <QtTest>
+#include <QTest>
 #include <vector>
 
 namespace {

@@ -9,7 +9,7 @@
 #include <QPixmap>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 

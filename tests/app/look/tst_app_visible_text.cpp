@@ -1,6 +1,6 @@
 #include "app/look/visible_text.h"
 
-#include <QtTest>
+#include <QTest>
 
 using visible_text::LineFeeds;
 
