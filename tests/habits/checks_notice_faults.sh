@@ -76,6 +76,8 @@ notices tidy modernize-use-nullptr
 source_notices clazy clazy-range-loop-detach \
     'int sizes()' '{' '    int sum = 0;' '    for (const QString &text : given())' \
     '        sum += int(text.size());' '    return sum;' '}'
+source_notices clazy clazy-function-args-by-ref \
+    'int size(QString text)' '{' '    return int(text.size());' '}'
 
 source_notices dialect 'some.cpp:10: a body of one line' \
     'void f(int *x)' '{' '    if (x) {' '        *x = 1;' '    }' '}'
