@@ -86,7 +86,7 @@ class Told:
         if part != self.focus:
             return None
         if part.get_role() == Atspi.Role.COMBO_BOX:
-            return "value " + Atspi.Text.get_text(part, 0, -1)
+            return "value " + caret(part)
         return caret(part) if event.type.endswith("caret-moved") else None
 
 
@@ -131,11 +131,13 @@ class Viewer:
     def __init__(self, arguments, runtime):
         environment = dict(os.environ, PX_CONFIG_PATH=arguments.settings, XDG_RUNTIME_DIR=runtime,
                            QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        # On a desktop the bus is there before a window; one that opens while the bus comes up is
+        # missed by the toolkit at times.
+        self.told = Told()
         self.process = subprocess.Popen([arguments.viewer, arguments.certificate], env=environment,
                                         stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        self.told = Told()
         if not wait(PATIENCE, lambda: application() is not None):
-            raise SystemExit("the viewer does not come to the bus")
+            raise SystemExit(f"the viewer does not come to the bus (ended with {self.process.poll()})")
         self.window = application().get_child_at_index(0)
         number = subprocess.run(
             ["xdotool", "search", "--sync", "--onlyvisible", "--pid", str(self.process.pid)],
