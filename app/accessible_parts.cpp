@@ -178,8 +178,13 @@ public:
     }
     QString text(int start, int end) const override { return value().mid(start, end - start); }
     int characterCount() const override { return int(value().size()); }
-    int selectionCount() const override { return 0; }
-    void selection(int /*index*/, int *start, int *end) const override { *start = *end = 0; }
+    // Screen readers speak a text that comes unasked where it is selected.
+    int selectionCount() const override { return 1; }
+    void selection(int /*index*/, int *start, int *end) const override
+    {
+        *start = 0;
+        *end = characterCount();
+    }
     void addSelection(int /*start*/, int /*end*/) override {}
     void removeSelection(int /*index*/) override {}
     void setSelection(int /*index*/, int /*start*/, int /*end*/) override {}
@@ -218,11 +223,11 @@ void tellFocusedTab(QTabBar *bar)
 
 void tellNewValue(QComboBox *selector)
 {
+    // As inserted alone: that the one before is gone would be spoken, too.
     QObject::connect(selector, &QComboBox::currentTextChanged, selector,
-                     [selector, before = selector->currentText()](const QString &now) mutable {
-                         QAccessibleTextUpdateEvent event(selector, 0, before, now);
+                     [selector](const QString &now) {
+                         QAccessibleTextInsertEvent event(selector, 0, now);
                          QAccessible::updateAccessibility(&event);
-                         before = now;
                      });
 }
 
