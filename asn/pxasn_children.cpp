@@ -30,7 +30,7 @@ void PXAsnBlock::deleteChildren()
 {
     m_nodesAtPlaces.clear();
     PXAsnBlock *block = this;
-    while (block != this || !listChild.isEmpty()) {
+    while (!listChild.isEmpty()) { // and then it is this one again
         PXAsnBlock *child = block->listChild.isEmpty() ? nullptr : block->listChild.constFirst();
         if (block->listChild.isEmpty()) {
             block = static_cast<PXAsnBlock *>(block->parent());
