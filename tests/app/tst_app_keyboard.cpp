@@ -250,6 +250,8 @@ void TestAppKeyboard::otherKeysChangeNothing()
         QCOMPARE(keyed.table->currentRow(), 5);
         QCOMPARE(keyed.detail(), QString());
     }
+    QTest::keyClick(keyed.table, Qt::Key_A, Qt::ControlModifier);
+    QCOMPARE(keyed.table->selectionModel()->selectedRows().size(), 1);
 }
 
 void TestAppKeyboard::keysInAnEmptyTable()

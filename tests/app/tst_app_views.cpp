@@ -138,6 +138,7 @@ private slots:
     void tabClickIsToldOnly();
     void aFileIsLoaded();
     void aMissingFileIsNot();
+    void nothingStaysOfTheFileBefore();
     void aPathNextToTheStartIsFound();
     void theWorkingDirectoryComesFirst();
     void aFolderHidesNoFile();
@@ -551,6 +552,21 @@ void TestAppViews::aMissingFileIsNot()
     const auto boxes = details.window.findChildren<QPlainTextEdit *>();
     for (const QPlainTextEdit *box : boxes)
         QCOMPARE(box->toPlainText(), QString());
+}
+
+void TestAppViews::nothingStaysOfTheFileBefore()
+{
+    Details details;
+    QVERIFY(details.window.loadcertfile(PX_SOURCE_DIR "/examples/server.pem"));
+    details.click(0, 0);
+    QVERIFY(!details.detail().isEmpty());
+    QVERIFY(!details.window.loadcertfile("/nowhere"));
+    QCOMPARE(details.rows(), QStringList());
+    const auto boxes = details.window.findChildren<QPlainTextEdit *>();
+    for (const QPlainTextEdit *box : boxes)
+        QCOMPARE(box->toPlainText(), QString());
+    details.selector->setCurrentIndex(1);
+    QCOMPARE(details.rows(), QStringList());
 }
 
 void TestAppViews::aPathNextToTheStartIsFound()

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -79,6 +80,12 @@ const QHash<QString, std::function<void()>> &words()
         {QStringLiteral("callManager"),
          [] {
              GetCoreManager()->GetSignatureManager()->invokeHelper(QStringLiteral("any"), nullptr);
+         }},
+        {QStringLiteral("another"),
+         [] {
+             const PXCoreManager *first = GetCoreManager();
+             std::make_unique<PXCoreManager>();
+             say(QLatin1String("the same ") + yesOrNo(GetCoreManager() == first));
          }},
         {QStringLiteral("destroy"), [] { qtcall_destroy(); }},
         {QStringLiteral("destroyAgent"),

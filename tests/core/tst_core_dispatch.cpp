@@ -282,6 +282,7 @@ void TestCoreDispatch::inheritedMethodsAreFound()
     QObject *argument = &target;
     agent.invokeHelper(QStringLiteral("destroyed"), nullptr, &argument);
     QCOMPARE(destroyed.size(), 1);
+    QCOMPARE(destroyed.at(0).at(0).value<QObject *>(), argument);
 }
 
 void TestCoreDispatch::slotsAndSignalsAreFound()

@@ -94,6 +94,10 @@ void TestCoreManager::cases_data()
                       "manager \"Agent\" of \"component 1F3A9C52-7B4D-4E21-A8C6-2D90E5B7F013\"\n"
                       "the same yes\nmanager gone yes\nagent null\nmapped yes\nPath = %TREE% \n"
                       "core: PX_Init  \ncore: PX_GetSignatureCore null \npath %TREE%\n");
+    QTest::newRow("core: another manager's end takes the core along, and not the manager")
+        << QStringLiteral("full") << QStringLiteral("another agent")
+        << QByteArray("core: PX_Init  \ncore: PX_GetSignatureCore null \nPath = %TREE% \n"
+                      "the same yes\nagent null\n");
     QTest::newRow("core: may be had again after destroy")
         << QStringLiteral("full") << QStringLiteral("destroy init agent")
         << QByteArray("core: PX_Init  \ncore: PX_GetSignatureCore null \n"
