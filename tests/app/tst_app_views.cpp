@@ -3,13 +3,13 @@
 #include "tests/app/widgets.h"
 #include "tests/support/der.h"
 #include "tests/support/message_recorder.h"
+#include "tests/support/processor_time.h"
 
 #include <ctime>
 #include <new>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFrame>
 #include <QHeaderView>
@@ -154,6 +154,7 @@ private slots:
     void hugeNumberOfLines();
     void everyRowOfANameShowsItsBeginning();
     void rowsOfANameThatFitAreShownWhole();
+    void aPairOfSurrogatesIsNotCut();
     void rowsWithoutNumber();
     void noHalfOfACharacterIsShown();
     void nothingIsHalfShown();
@@ -698,8 +699,7 @@ void TestAppViews::hugeCells()
     Details details;
     const QString huge(20 * 1024 * 1024, QLatin1Char('x'));
     details.window.result_detail({{huge, huge, QStringLiteral("full"), 0}});
-    QElapsedTimer timer;
-    timer.start();
+    const ProcessorTime timer;
     for (int i = 0; i < 20; ++i)
         details.table->grab();
     QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
@@ -727,8 +727,7 @@ void TestAppViews::hugeWord()
         {{QStringLiteral("word"), QStringLiteral("w"), word, 0},
          {QStringLiteral("text"), QStringLiteral("t"), QStringLiteral("full text"), 0}});
     const QTextOption::WrapMode usual = QPlainTextEdit().wordWrapMode();
-    QElapsedTimer timer;
-    timer.start();
+    const ProcessorTime timer;
     details.click(0, 0);
     details.box->grab();
     QVERIFY2(timer.elapsed() < 15000, qPrintable(QString::number(timer.elapsed())));
@@ -954,14 +953,27 @@ void TestAppViews::rowsOfANameThatFitAreShownWhole()
     QCOMPARE(tooLong.detail(), most.left(TextBox::kMostShown / 2) + QStringLiteral("…\n") + more);
 }
 
+void TestAppViews::aPairOfSurrogatesIsNotCut()
+{
+    // The first half of a pair is the last that there is room for.
+    const QString pair = QString::fromUtf8("😀");
+    const QString text = QString(TextBox::kCostOfOthers, QLatin1Char('x')) +
+                         pair.repeated(TextBox::kMostShown / TextBox::kCostOfOthers);
+    Details details;
+    details.window.result_detail({{QStringLiteral("name"), QString(), text, 0}});
+    details.click(0, 0);
+    const QString shown = details.detail();
+    QVERIFY(shown.endsWith(pair + QChar(0x2026)));
+    QVERIFY(text.startsWith(shown.left(shown.size() - 1)));
+}
+
 void TestAppViews::manyRows()
 {
     constexpr int kRows = 50000;
     Details details;
     details.window.result_detail(
         std::vector<detail_node>(kRows, row("name", "value", "full value", 1)));
-    QElapsedTimer timer;
-    timer.start();
+    const ProcessorTime timer;
     for (const int index : {1, 2, 0})
         details.selector->setCurrentIndex(index);
     QCOMPARE(details.table->rowCount(), kRows);
