@@ -22,8 +22,10 @@ bool holdsConfiguration(const QString &directory)
 // A relative path counts as none, as the XDG base directory rules ask.
 QString userConfigHome()
 {
-    const QString home = QFile::decodeName(qgetenv("XDG_CONFIG_HOME"));
-    return QDir::isAbsolutePath(home) ? home : QDir::homePath() + QLatin1String("/.config");
+    QString home = QFile::decodeName(qgetenv("XDG_CONFIG_HOME"));
+    if (QDir::isAbsolutePath(home))
+        return home;
+    return QDir::homePath() + QLatin1String("/.config");
 }
 
 // The shipped configuration for the desktop's language. Its script tells, whatever form the
@@ -55,9 +57,8 @@ QString SignatureCore::configPath() const
 
 QString SignatureCore::installPath() const
 {
-    Dl_info info = {};
-    if (::dladdr(reinterpret_cast<const void *>(&SignatureCore::staticMetaObject), &info) == 0)
-        return {};
+    Dl_info info = {}; // without a name, as it begins, it gives an empty path
+    ::dladdr(reinterpret_cast<const void *>(&SignatureCore::staticMetaObject), &info);
     return QFileInfo(QFileInfo(QFile::decodeName(info.dli_fname)).absolutePath()).path();
 }
 

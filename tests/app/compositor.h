@@ -24,6 +24,9 @@ public:
     OtherClient(const OtherClient &) = delete;
     OtherClient &operator=(const OtherClient &) = delete;
 
+    /// A window of its own.
+    xcb_window_t window() const { return m_window; }
+
     void claimToCompose() const { own(m_window); }
     void stopClaiming() const { own(XCB_NONE); }
 

@@ -150,6 +150,7 @@ private slots:
     void closeButtonWouldChangeItsFace();
     void tabs();
     void rows();
+    void aDoubleClickIsAClick();
     void draggingOverRowsShowsTheSelectedOne();
     void aPressShowsTheRowItMarks();
     void ctrlTakesNoMarkBack();
@@ -373,6 +374,19 @@ void TestAppMouse::rows()
     QVERIFY(screen.shows("V3"));
     clickAt(screen.cell(3, 1));
     QVERIFY(screen.shows("the name\nanother name"));
+}
+
+void TestAppMouse::aDoubleClickIsAClick()
+{
+    OnScreen screen;
+    screen.tabs->setCurrentIndex(1);
+    const QSignalSpy chosen(screen.table, &QTableWidget::doubleClicked);
+    xdotool(moveTo(screen.cell(2, 1)));
+    xdotool({QStringLiteral("click"), QStringLiteral("--repeat"), QStringLiteral("2"),
+             QStringLiteral("--delay"), QStringLiteral("20"), QStringLiteral("1")});
+    QTRY_COMPARE(chosen.count(), 1);
+    QVERIFY(screen.shows("all usages"));
+    QCOMPARE(screen.markedRow(), 2);
 }
 
 void TestAppMouse::draggingOverRowsShowsTheSelectedOne()

@@ -125,6 +125,7 @@ void TestAppScale::user_data()
     add("0", 1);
     add("-2", 1);
     add("100", 100);
+    add("inf", 1);
     add("not a number", 1);
 }
 

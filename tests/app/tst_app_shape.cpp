@@ -23,6 +23,7 @@ private slots:
     void isThereBeforeTheWindowIsSeen();
     void staysWholeWithACompositor();
     void followsTheCompositor();
+    void whoCannotAskIsNotShaped();
     void everyScaleHasIt_data();
     void everyScaleHasIt();
 };
@@ -79,6 +80,19 @@ void TestAppShape::followsTheCompositor()
         other.stopClaiming();
         QTRY_VERIFY(other.isShaped(idOf(window)));
     }
+}
+
+// The toolkit has its connection; when no second one is to be had, the window appears all the same.
+void TestAppShape::whoCannotAskIsNotShaped()
+{
+    const OtherClient other;
+    MainWindow window;
+    const QByteArray display = qgetenv("DISPLAY");
+    qputenv("DISPLAY", ":no display");
+    window.show();
+    qputenv("DISPLAY", display);
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QVERIFY(!other.isShaped(idOf(window)));
 }
 
 void TestAppShape::everyScaleHasIt_data()

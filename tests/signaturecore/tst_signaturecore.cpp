@@ -39,6 +39,7 @@ class TestSignatureCore : public QObject
 private slots:
     void exportsTheEntryPoints();
     void givesTheSameObjectEachTime();
+    void uninitTakesNothingAway();
     void offersTheMethods_data();
     void offersTheMethods();
     void knowsNoComponent();
@@ -71,6 +72,23 @@ void TestSignatureCore::givesTheSameObjectEachTime()
     QCOMPARE(getCore(&second), 0);
     QVERIFY(first);
     QCOMPARE(first, second);
+}
+
+// The suite's programs never call it; what another calls must leave the object as it is.
+void TestSignatureCore::uninitTakesNothingAway()
+{
+    QLibrary library{QLatin1String(kCore)};
+    using Call = void (*)();
+    using GetCore = int (*)(QObject **);
+    const auto getCore = reinterpret_cast<GetCore>(library.resolve("PX_GetSignatureCore"));
+    for (const char *name : {"PX_Init", "PX_Uninit"})
+        reinterpret_cast<Call>(library.resolve(name))();
+    QObject *core = nullptr;
+    QCOMPARE(getCore(&core), 0);
+    QString path;
+    QVERIFY(QMetaObject::invokeMethod(core, "installPath", Q_RETURN_ARG(QString, path)));
+    QCOMPARE(path,
+             QFileInfo(QLatin1String(kCore)).dir().absolutePath().section(QLatin1Char('/'), 0, -2));
 }
 
 void TestSignatureCore::offersTheMethods_data()

@@ -55,7 +55,9 @@ int main(int argc, char **argv)
     }
     QObject::connect(&application, &QtSingleApplication::messageReceived, &application,
                      [](const QString &message) { say("message " + message.toUtf8().toHex()); });
-    say(application.isRunning() ? "asked again, another than itself" : "first");
+    const bool isConfused =
+        application.isRunning() || application.sendMessage(QStringLiteral("to itself"), 0);
+    say(isConfused ? "asked again, another than itself" : "first");
     if (arguments.contains(QLatin1String("child"))) {
         qint64 child = 0;
         QProcess::startDetached(QStringLiteral("sleep"), {QStringLiteral("60")}, {}, &child);
