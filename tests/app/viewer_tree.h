@@ -73,7 +73,10 @@ public:
     }
     ~Program()
     {
-        m_process.kill();
+        constexpr int kGraceMs = 2000; // for what it may have to write yet
+        m_process.terminate();
+        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(kGraceMs))
+            m_process.kill();
         m_process.waitForFinished();
     }
     Program(const Program &) = delete;

@@ -53,10 +53,15 @@ child_end runWithoutMemory(Body body)
 {
     return runInChild([&] {
 #ifndef __SANITIZE_ADDRESS__
-        const rlimit none{1, 1};
+        rlimit before{};
+        getrlimit(RLIMIT_AS, &before);
+        const rlimit none{1, before.rlim_max};
         setrlimit(RLIMIT_AS, &none);
 #endif
         body();
+#ifndef __SANITIZE_ADDRESS__
+        setrlimit(RLIMIT_AS, &before); // what is left to do takes some
+#endif
     });
 }
 
