@@ -127,8 +127,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     constexpr int kLength = 600; // where what takes more than its share of time shows
     startApplication<QApplication>("fuzz_painted");
-    static Box box;
-    static Table table;
+    static Box &box = *new Box; // as the application
+    static Table &table = *new Table;
     const QString once = QString::fromUtf8(reinterpret_cast<const char *>(data), int(size));
     const QString often = once.repeated(once.isEmpty() ? 0 : kLength / once.size());
     for (const QString &text : {once, often}) {
