@@ -352,10 +352,12 @@ void TestUtilFiles::readWhole()
     QFETCH(int, size);
     const QByteArray expected = allOctets(size);
     QByteArray content = "left over";
+    const int before = openDescriptors();
     QVERIFY(m_util.readfile(make("file", expected).constData(), content));
     QCOMPARE(content, expected);
     QVERIFY(m_util.readfile(makeKind("link to a file").constData(), content));
     QCOMPARE(content, QByteArray("content"));
+    QCOMPARE(openDescriptors(), before);
 }
 
 void TestUtilFiles::refusesToRead_data()
