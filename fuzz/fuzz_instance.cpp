@@ -22,7 +22,7 @@ public:
     Instance()
     {
         require(m_server.listen(path()));
-        QObject::connect(&m_server, &InstanceServer::messageReceived,
+        QObject::connect(&m_server, &InstanceServer::messageReceived, &m_server,
                          [this](const QString &message) { heard += message; });
     }
 

@@ -10,6 +10,7 @@
 #include <QSet>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <vector>
 
 namespace {
 
@@ -37,13 +38,13 @@ public:
         static int count = 0;
         QFile file(directory.filePath(QString::number(++count)));
         require(file.open(QIODevice::WriteOnly) && file.write(m_content) == m_content.size());
-        m_names += file.fileName();
+        m_names.push_back(file.fileName());
         return file.fileName();
     }
 
 private:
     QByteArray m_content;
-    QStringList m_names;
+    std::vector<QString> m_names;
 };
 
 QString readBySettings(const QString &path, const Question &question)
@@ -61,7 +62,8 @@ QSet<Question> questionsFor(const QString &path)
     readAsUtf8(settings);
     QSet<Question> questions = {{QStringLiteral("CN"), QStringLiteral("K")}};
     const QStringList keys = settings.allKeys();
-    for (const QString &key : keys.mid(std::max(0, static_cast<int>(keys.size()) - kMost))) {
+    const QStringList last = keys.mid(std::max(0, static_cast<int>(keys.size()) - kMost));
+    for (const QString &key : last) {
         questions.insert({key.section(QLatin1Char('/'), 0, 0), key.section(QLatin1Char('/'), 1)});
         questions.insert({QStringLiteral("General"), key});
     }
