@@ -217,9 +217,11 @@ private slots:
         using Round = std::function<void()>;
         QTest::addColumn<Round>("round");
         const auto row = [](const char *name, const Round &round) { QTest::newRow(name) << round; };
-        const QByteArray inside = QByteArray::fromHex("0404020161043004020162");
-        const QByteArray der =
-            extended(inside); // one string that holds an element, and one that doesn't
+        // A string that holds an element, a branch, and a string that holds none.
+        const QByteArray inside = QByteArray::fromHex("0403020161"
+                                                      "3003020162"
+                                                      "04020461");
+        const QByteArray der = extended(inside);
         row("tree", [der] { parsed(der); });
         row("tree with a cell of nothing", [der] {
             const AsnBlockPtr root = parsed(der);
@@ -276,7 +278,7 @@ private slots:
         constexpr int kRounds = 2000;
         const std::size_t before = rounds(10);
         QVERIFY(rounds(kRounds) <
-                before + 8 * kRounds); // the least that can be lost has sixteen octets
+                before + 8 * std::size_t(kRounds)); // the least that can be lost has sixteen octets
     }
 
     // As where it is too deep: its octets stay whole, and what comes behind parses.

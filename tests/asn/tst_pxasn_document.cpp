@@ -5,6 +5,7 @@
 
 #include "asn/pxasn.h"
 
+#include <cerrno>
 #include <QPointer>
 #include <QTest>
 
@@ -112,6 +113,14 @@ private slots:
         PXAsn document(nullptr);
         QCOMPARE(document.open({}), 0);
         QCOMPARE(g_bExtend, 1);
+    }
+
+    // It is told from an error of long before.
+    void openOfGarbageIsNoLackOfMemory()
+    {
+        PXAsn document(nullptr);
+        errno = ENOMEM;
+        QCOMPARE(document.open("\xA3\xFF"), 0);
     }
 
     // It is not opening that clears it before the parse.
