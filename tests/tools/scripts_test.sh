@@ -9,7 +9,7 @@ fail() {
     exit 1
 }
 
-for script in "$top"/run.sh "$top"/test.sh "$top"/coverage.sh "$top"/.ci/run "$top"/tools/{check,set-up,with-xvfb,window-picture}; do
+for script in "$top"/run.sh "$top"/test.sh "$top"/coverage.sh "$top"/fuzz.sh "$top"/.ci/run "$top"/tools/{check,set-up,with-xvfb,window-picture}; do
     [ -x "$script" ] || fail "$script is not executable"
     bash -n "$script"
 done
