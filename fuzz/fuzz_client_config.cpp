@@ -74,12 +74,12 @@ void requireSecondReadingAgrees(const QByteArray &xml)
     require(!isFound || code == expected);
 }
 
-// Any text that is put into a configuration comes out of it.
+// Any text that is put into a configuration before an element comes out of it.
 void requireComesBack(const QByteArray &text)
 {
     const QString escaped = QString::fromLatin1(text).toHtmlEscaped();
-    const QByteArray xml =
-        "<a><b/><Language><!-- c --><PXClient>" + escaped.toLatin1() + "</PXClient></Language></a>";
+    const QByteArray xml = "<a><b/><Language><!-- c --><PXClient>" + escaped.toLatin1() +
+                           "<b/>no more</PXClient></Language></a>";
     QString code = kUntouched;
     const bool isFound = client_config::languageCodeOf(xml.constData(), code);
     require(isFound == !text.trimmed().isEmpty());
