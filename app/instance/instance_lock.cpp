@@ -37,9 +37,11 @@ bool fitsSocketAddress(const QString &path)
 // For users without a folder of the session's: one of their own beside those of all others.
 QString ownTemporaryFolder()
 {
-    const QString named = QDir::tempPath(); // empty when the folder that TMPDIR names is missing
-    QString path = (named.isEmpty() ? QStringLiteral("/tmp") : QDir(named).absolutePath()) +
-                   QStringLiteral("/orvane-instance-%1").arg(::geteuid());
+    QString folder = QDir::tempPath(); // empty when the one that TMPDIR names is missing
+    if (folder.isEmpty())
+        folder = QStringLiteral("/tmp");
+    QString path =
+        QDir(folder).absolutePath() + QStringLiteral("/orvane-instance-%1").arg(::geteuid());
     ::mkdir(QFile::encodeName(path).constData(), kOwnerOnly);
     return path;
 }
