@@ -56,7 +56,9 @@ endfunction()
 function(px_add_program target)
     cmake_parse_arguments(arg "" "" "SOURCES;LINK" ${ARGN})
     add_executable(${target} ${arg_SOURCES})
-    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PX_BIN_DIR}")
+    set_target_properties(${target} PROPERTIES
+        RUNTIME_OUTPUT_DIRECTORY "${PX_BIN_DIR}"
+        UNITY_BUILD OFF) # most have one source
     target_link_libraries(${target} PRIVATE ${arg_LINK})
     if(CMAKE_BUILD_TYPE STREQUAL "Coverage")
         target_sources(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests/support/keep_counts.cpp")
