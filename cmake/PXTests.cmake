@@ -40,7 +40,7 @@ function(px_add_precompiled_headers kind)
     endif()
     file(CONFIGURE OUTPUT "${PX_TEST_DIR}/precompiled.cpp" CONTENT "int main() {}\n")
     add_executable(px_precompiled_${kind} "${PX_TEST_DIR}/precompiled.cpp")
-    target_precompile_headers(px_precompiled_${kind} PRIVATE <QtTest>)
+    target_precompile_headers(px_precompiled_${kind} PRIVATE <QTest>)
     target_link_libraries(px_precompiled_${kind} PRIVATE ${ARGN})
 endfunction()
 

@@ -5,7 +5,7 @@
 #include <QComboBox>
 #include <QTabBar>
 #include <QTabWidget>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 
@@ -87,7 +87,7 @@ void TestAppAccessible::selectorOpensItsList()
     QCOMPARE(actions->actionNames(), QStringList(QAccessibleActionInterface::showMenuAction()));
     actions->doAction(QStringLiteral("none"));
     QVERIFY(!box->view()->isVisible());
-    actions->doAction(actions->actionNames().first());
+    actions->doAction(actions->actionNames().constFirst());
     QTRY_VERIFY(box->view()->isVisible());
     QVERIFY(selector->child(0) && !selector->child(1));
     box->hidePopup();

@@ -6,7 +6,7 @@
 #include <QComboBox>
 #include <QPlainTextEdit>
 #include <QTableWidget>
-#include <QtTest>
+#include <QTest>
 
 namespace {
 
@@ -20,6 +20,11 @@ void *operator new(std::size_t size)
     if (!memory)
         throw std::bad_alloc();
     return memory;
+}
+
+void *operator new(std::size_t size, const std::nothrow_t & /*tag*/) noexcept
+{
+    return fails ? nullptr : std::malloc(size);
 }
 
 void operator delete(void *memory) noexcept

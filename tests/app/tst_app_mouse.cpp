@@ -10,6 +10,7 @@
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QScreen>
+#include <QSignalSpy>
 #include <QTabBar>
 #include <QTableWidget>
 #include <QTabWidget>

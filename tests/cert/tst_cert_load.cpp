@@ -101,9 +101,9 @@ private slots:
     void whiteSpaceAroundALineCountsForNothing()
     {
         const QByteArray certificate = Certificate().encoded();
-        for (const QByteArray space : {" ", "\t", "\v", "\f", " \t "}) {
-            const QByteArray text = "-----BEGIN CERTIFICATE-----\n" + space + '\n' + space +
-                                    certificate.toBase64() + space +
+        for (const char *space : {" ", "\t", "\v", "\f", " \t "}) {
+            const QByteArray text = "-----BEGIN CERTIFICATE-----\n" + QByteArray(space) + '\n' +
+                                    space + certificate.toBase64() + space +
                                     "\n-----END CERTIFICATE-----\n";
             QCOMPARE(certificate_input::firstArmouredBlock(text), certificate);
         }
@@ -151,7 +151,7 @@ private slots:
         };
         for (int i = 0; i < alphabet.size(); ++i)
             QCOMPARE(octetsOf("QUJ" + alphabet.mid(i, 1)).left(2), QByteArray("AB"));
-        for (const char other : QByteArray(".:@[`{*,-_ "))
+        for (const char other : {'.', ':', '@', '[', '`', '{', '*', ',', '-', '_', ' '})
             QCOMPARE(octetsOf(QByteArray("QUJ") + other + "DRE\nRUZH"), QByteArray("EFG"));
     }
 

@@ -2,7 +2,7 @@
 #include "tests/app/compositor.h"
 
 #include <cstdlib>
-#include <QtTest>
+#include <QTest>
 
 /// The viewer's own connection to the X server: what it makes of one that is gone or lacks
 /// something.

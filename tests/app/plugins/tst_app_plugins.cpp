@@ -50,7 +50,8 @@ QStringList loadedKinds(Program &viewer, const QString &folder)
 {
     QStringList kinds;
     const QString begin = QLatin1String("decoy ") + folder + QLatin1Char('/');
-    for (const QString &line : viewer.debugLines().filter(QStringLiteral("decoy /")))
+    const QStringList decoys = viewer.debugLines().filter(QStringLiteral("decoy /"));
+    for (const QString &line : decoys)
         kinds << (line.startsWith(begin) ? line.mid(begin.size()).section(QLatin1Char('/'), 0, 0)
                                          : line);
     kinds.sort();
