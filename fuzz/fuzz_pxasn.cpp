@@ -46,6 +46,25 @@ void change(PXAsn &document, std::uint8_t octet, const QByteArray &der)
     }
 }
 
+void requireFlattens(PXAsn &document)
+{
+    std::vector<QString> values;
+    std::vector<certpolicy> items;
+    int level = 0;
+    require(document.get_extendata(values) == 1);
+    require(document.get_extendata_certpolicy(items, level) == 1);
+    require(level == -1 && items.size() == values.size());
+}
+
+// The document, encoded.
+QByteArray requireComesBack(PXAsn &document)
+{
+    const QByteArray der = document.build();
+    PXAsn again(nullptr);
+    require(again.open(der) == 1 && again.build() == der);
+    return der;
+}
+
 } // namespace
 
 // Every value of every element can be read, whatever is changed, and flattening lowers the level by
@@ -62,16 +81,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     if (!document.open({reinterpret_cast<const char *>(data), static_cast<int>(size)}))
         return 0;
     readAll(document);
-    std::vector<QString> values;
-    std::vector<certpolicy> items;
-    int level = 0;
-    require(document.get_extendata(values) == 1);
-    require(document.get_extendata_certpolicy(items, level) == 1);
-    require(level == -1 && items.size() == values.size());
-
-    const QByteArray der = document.build();
-    PXAsn again(nullptr);
-    require(again.open(der) == 1 && again.build() == der);
+    requireFlattens(document);
+    const QByteArray der = requireComesBack(document);
     constexpr std::size_t kChanges = 8;
     for (std::size_t i = 0; i < size && i < kChanges; ++i)
         change(document, data[size - 1 - i], der);

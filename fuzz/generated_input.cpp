@@ -36,7 +36,7 @@ void runFile(const std::filesystem::path &path)
 {
     std::ifstream file(path, std::ios::binary);
     require(file.good());
-    std::cerr << path << std::endl; // flushed: it names the input that ends the program
+    std::cerr << path << '\n' << std::flush; // it names the input that ends the program
     run({std::istreambuf_iterator<char>(file), {}});
 }
 
