@@ -5,9 +5,9 @@
 #include "cert/detail_node.h"
 #include "fuzz_application.h"
 #include "fuzz_target.h"
+#include "tests/support/processor_time.h"
 
 #include <algorithm>
-#include <ctime>
 #include <memory>
 #include <QApplication>
 #include <QHeaderView>
@@ -55,11 +55,11 @@ public:
 class Patience
 {
 public:
-    ~Patience() { require(double(std::clock() - m_start) / CLOCKS_PER_SEC < kSeconds); }
+    ~Patience() { require(m_timer.seconds() < kSeconds); }
 
 private:
     static constexpr int kSeconds = 3;
-    std::clock_t m_start = std::clock();
+    ProcessorTime m_timer;
 };
 
 // What makes a text look like another, whatever stands beside it.

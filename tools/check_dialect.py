@@ -5,9 +5,10 @@ A body of one line has no braces, a pointer is asked as a truth value, and a tes
 Neither the formatter nor clang-tidy tells these apart from what is wanted.
 """
 
-import pathlib
 import re
 import sys
+
+import check_outcome
 
 FOLDERS = ["app", "asn", "bench", "cert", "core", "fuzz", "pxcpp", "signaturecore", "tests", "tools", "util"]
 
@@ -64,13 +65,12 @@ def complaints(text):
 
 
 def main():
-    tree = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).parents[1])
+    tree = check_outcome.tree()
     sources = sorted(source for folder in FOLDERS for source in (tree / folder).rglob("*.*")
                      if source.suffix in (".h", ".cpp"))
     found = [f"{source.relative_to(tree)}:{complaint}"
              for source in sources for complaint in complaints(source.read_text(encoding="utf-8"))]
-    print("\n".join(found) if found else "the dialect is the house's")
-    return 1 if found else 0
+    return check_outcome.tell(found, "the dialect is the house's")
 
 
 if __name__ == "__main__":

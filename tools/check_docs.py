@@ -3,9 +3,10 @@
 where the architecture draws the road of a certificate, a function that does not live in the file beside it.
 """
 
-import pathlib
 import re
 import sys
+
+import check_outcome
 
 DOCUMENTS = ["docs/*.md", "tests/data/*.md", "*.md"]
 STEP = re.compile(r"^ *-> ([\w:…, ]*\S) +(\w+/\S+\.\w+)  ", re.MULTILINE)
@@ -52,12 +53,5 @@ def complaints(tree):
                     yield f"{where} says that {function} is in {name}, where it is not"
 
 
-def main():
-    tree = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).parents[1])
-    found = list(complaints(tree))
-    print("\n".join(found) if found else "the documents name what is there")
-    return 1 if found else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(check_outcome.tell(complaints(check_outcome.tree()), "the documents name what is there"))

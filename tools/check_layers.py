@@ -9,6 +9,8 @@ import pathlib
 import re
 import sys
 
+import check_outcome
+
 # Each folder with those it may include from, besides itself.
 LAYERS = {
     "core": [],
@@ -76,12 +78,5 @@ def complaints(tree):
                     yield f"{where}: a source is compiled once, by its own library"
 
 
-def main():
-    tree = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).parents[1])
-    found = list(complaints(tree))
-    print("\n".join(found) if found else "the layers hold")
-    return 1 if found else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(check_outcome.tell(complaints(check_outcome.tree()), "the layers hold"))

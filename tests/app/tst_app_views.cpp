@@ -5,7 +5,6 @@
 #include "tests/support/message_recorder.h"
 #include "tests/support/processor_time.h"
 
-#include <ctime>
 #include <new>
 #include <QClipboard>
 #include <QComboBox>
@@ -842,19 +841,18 @@ void TestAppViews::hugeTextsOfEveryKind()
     QFETCH(QString, part);
     Details details;
     const QString text = QLatin1Char('e') + part.repeated(1024 * 1024 / part.size());
-    const auto seconds = [] { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; };
-    const double start = seconds();
+    const ProcessorTime timer;
     details.window.result_normal(text, 1);
     details.window.result_detail({{QStringLiteral("name"), text, text, 0}});
     details.window.grab();
-    const double loaded = seconds();
+    const double loaded = timer.seconds();
     details.click(0, 0);
     details.box->grab();
-    const double clicked = seconds();
+    const double clicked = timer.seconds();
     // Ten times what it takes in a release build on a machine of today: what this is about took
     // minutes.
-    qInfo("shown in %.2f s, clicked in %.2f s", loaded - start, clicked - loaded);
-    QVERIFY(loaded - start < 10);
+    qInfo("shown in %.2f s, clicked in %.2f s", loaded, clicked - loaded);
+    QVERIFY(loaded < 10);
     QVERIFY(clicked - loaded < 3);
 }
 

@@ -1,11 +1,11 @@
 #include "tests/asn/tree.h"
 #include "tests/support/message_recorder.h"
+#include "tests/support/processor_time.h"
 
 #include "asn/asn_values.h"
 #include "asn/pxasn.h"
 
 #include <algorithm>
-#include <ctime>
 #include <functional>
 #include <limits>
 #include <malloc.h>
@@ -42,11 +42,6 @@ QByteArray nested(int tag, int levels, const QByteArray &core, const QByteArray 
     return before + core + behind.repeated(levels);
 }
 
-double processorSeconds()
-{
-    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
-
 std::size_t memoryInUse()
 {
 #ifdef __SANITIZE_ADDRESS__
@@ -70,13 +65,13 @@ Cost costOf(const QByteArray &input, const Work &work)
     Cost cost;
     for (int i = 0; i < 3; ++i) {
         const std::size_t before = memoryInUse();
-        const double start = processorSeconds();
+        const ProcessorTime timer;
         PXAsn document(nullptr);
         document.open(input);
         cost.octets = static_cast<double>(memoryInUse()) - static_cast<double>(before);
         work(document);
         document.close();
-        cost.seconds = std::min(cost.seconds, processorSeconds() - start);
+        cost.seconds = std::min(cost.seconds, timer.seconds());
     }
     return cost;
 }
