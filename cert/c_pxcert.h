@@ -126,7 +126,7 @@ private:
 
     /// One extension: a row, and its purposes; neither when it has no identifier.
     bool readExtension(const PXAsnBlock &extension, const ExtensionNames &names);
-    void addPurposes(const std::vector<QString> &purposes);
+    void addPurposes(std::vector<QString> purposes);
 
     SummaryBlock statusBlock() const;
     SummaryBlock identityBlock() const;
