@@ -1,6 +1,8 @@
 #include "app/instance/instance_channel.h"
 #include "app/instance/instance_lock.h"
+#include "tests/support/message_recorder.h"
 
+#include <algorithm>
 #include <atomic>
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -87,8 +89,11 @@ private slots:
     void senderWaitsForEver();
     void deadlineHolds_data();
     void deadlineHolds();
+    void triesOnceWithoutTime();
+    void pausesBetweenAttempts();
     void brokenClientsDelayNobody_data();
     void brokenClientsDelayNobody();
+    void theOldestOfTooManyClientsIsDropped();
     void tooLongFrameIsCutOff();
     void idleClientsAreDropped();
     void oneMessageAConnection();
@@ -219,9 +224,40 @@ void TestInstanceChannel::deadlineHolds()
     QElapsedTimer timer;
     timer.start();
     const QString text(kMaxMessageSize, QLatin1Char('x'));
+    const MessageRecorder recorder;
     QVERIFY(!sendToInstance(m_path, text, QDeadlineTimer(700)));
+    QCOMPARE(MessageRecorder::messages(), QStringList()); // the toolkit has nothing to complain of
     QVERIFY(timer.elapsed() >= 690);
     QVERIFY2(timer.elapsed() < 3000, QByteArray::number(timer.elapsed()).constData());
+}
+
+void TestInstanceChannel::triesOnceWithoutTime()
+{
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 100; ++i)
+        QVERIFY(!sendToInstance(m_path, QStringLiteral("hello"), QDeadlineTimer(0)));
+    QVERIFY2(timer.elapsed() < 1000, QByteArray::number(timer.elapsed()).constData());
+}
+
+void TestInstanceChannel::pausesBetweenAttempts()
+{
+    constexpr int kAttempts = 10;
+    int attempts = 0;
+    QLocalServer server;
+    QVERIFY(server.listen(m_path));
+    connect(&server, &QLocalServer::newConnection, this, [&] {
+        QLocalSocket *client = server.nextPendingConnection();
+        if (++attempts == kAttempts)
+            client->write(&kAcknowledge, 1);
+        else
+            client->abort();
+    });
+    QElapsedTimer timer;
+    timer.start();
+    QVERIFY(sendWhileServing(m_path, QStringLiteral("again"), -1));
+    QCOMPARE(attempts, kAttempts);
+    QVERIFY2(timer.elapsed() >= 100, QByteArray::number(timer.elapsed()).constData());
 }
 
 void TestInstanceChannel::brokenClientsDelayNobody_data()
@@ -259,6 +295,24 @@ void TestInstanceChannel::brokenClientsDelayNobody()
     QVERIFY2(timer.elapsed() < 2500, QByteArray::number(timer.elapsed()).constData());
     QCOMPARE(received.size(), 1);
     QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("good"));
+}
+
+void TestInstanceChannel::theOldestOfTooManyClientsIsDropped()
+{
+    constexpr int kKept = 64;
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    std::vector<QLocalSocket> clients(kKept + 1);
+    const auto come = [this](QLocalSocket &client) {
+        client.connectToServer(m_path);
+        QTest::qWait(1);
+    };
+    std::for_each(clients.begin(), clients.end() - 1, come);
+    QTRY_COMPARE(server.findChildren<QLocalSocket *>().size(), kKept);
+    come(clients.back());
+    QTRY_COMPARE(clients.front().state(), QLocalSocket::UnconnectedState);
+    QCOMPARE(server.findChildren<QLocalSocket *>().size(), kKept);
+    QCOMPARE(clients.at(1).state(), QLocalSocket::ConnectedState);
 }
 
 void TestInstanceChannel::tooLongFrameIsCutOff()

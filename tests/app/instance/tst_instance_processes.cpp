@@ -1,6 +1,8 @@
 #include "app/instance/instance_lock.h"
+#include "util/file_descriptor.h"
 
 #include <csignal>
+#include <fcntl.h>
 #include <memory>
 #include <QDir>
 #include <QElapsedTimer>
@@ -428,6 +430,7 @@ void TestInstanceProcesses::lockThatCannotBeTaken_data()
     QTest::newRow("a link") << QStringLiteral("link");
     QTest::newRow("a link to nowhere") << QStringLiteral("dangling");
     QTest::newRow("a directory") << QStringLiteral("directory");
+    QTest::newRow("under a lease") << QStringLiteral("lease");
 }
 
 void TestInstanceProcesses::lockThatCannotBeTaken()
@@ -435,12 +438,17 @@ void TestInstanceProcesses::lockThatCannotBeTaken()
     QFETCH(QString, planted);
     const QByteArray root = m_root->path().toLocal8Bit();
     const QByteArray path = lockFileIn(inside("run")).toLocal8Bit();
+    FileDescriptor leased;
     if (planted == QLatin1String("link")) {
         QFile target(inside("target"));
         QVERIFY(target.open(QIODevice::WriteOnly));
         QCOMPARE(::symlink(root + "/target", path), 0);
     } else if (planted == QLatin1String("dangling")) {
         QCOMPARE(::symlink(root + "/nowhere", path), 0);
+    } else if (planted == QLatin1String("lease")) { // whose holder is told and does nothing
+        std::signal(SIGIO, SIG_IGN);
+        leased = FileDescriptor(::open(path, O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
+        QCOMPARE(::fcntl(leased, F_SETLEASE, F_WRLCK), 0);
     } else {
         QCOMPARE(::mkdir(path, 0700), 0);
     }
