@@ -16,10 +16,10 @@ bool isSpacedOut(const QString &text)
 
 QString everySecondCharacter(const QString &text)
 {
-    QString result((text.size() + 1) / 2, Qt::Uninitialized);
-    QChar *character = result.data();
+    QString result;
+    result.reserve(text.size() / 2 + 1);
     for (int i = 0; i < text.size(); i += 2)
-        *character++ = text.at(i);
+        result += text.at(i);
     return result;
 }
 
@@ -27,31 +27,18 @@ QString everySecondCharacter(const QString &text)
 
 QString hex(const QByteArray &octets)
 {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    if (octets.isEmpty())
-        return {};
-    QString text(octets.size() * 3 - 1, Qt::Uninitialized);
-    QChar *end = text.data();
-    for (const char octet : octets) {
-        const auto value = static_cast<unsigned char>(octet);
-        if (end != text.constData())
-            *end++ = QLatin1Char(' ');
-        *end++ = QLatin1Char(kDigits[value >> 4]);
-        *end++ = QLatin1Char(kDigits[value & 0x0F]);
-    }
-    return text;
+    return QString::fromLatin1(octets.toHex(' ').toUpper());
 }
 
 QString characters(const QByteArray &octets)
 {
-    if (octets.isEmpty())
-        return {};
-    QString text(octets.size() * 2 - 1, QLatin1Char(' '));
-    QChar *character = text.data();
+    QString text;
+    text.reserve(octets.size() * 2);
     for (const char octet : octets) {
-        *character = QLatin1Char(octet);
-        character += 2;
+        text += QLatin1Char(octet);
+        text += QLatin1Char(' ');
     }
+    text.chop(1);
     return text;
 }
 

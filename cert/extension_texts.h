@@ -23,8 +23,7 @@ struct Said
     std::vector<QString> purposes;
 };
 
-// From the values and items, which may be used up: one can be as long as a file may be, and there
-// can be a million.
+// From the values, which may be used up: one can be as long as a file may be.
 
 // RFC 5280, 4.2.1.3: KeyUsage ::= BIT STRING; and its Netscape forerunner.
 QString keyUsage(Values &values);
@@ -58,11 +57,11 @@ QString anyOther(Values &values);
 
 /// CertificatePolicies ::= SEQUENCE OF PolicyInformation (RFC 5280, 4.2.1.4): a block for each item
 /// at the lowest level, which is a purpose, with the items that follow it below.
-Said policies(Items &items);
+Said policies(const Items &items);
 
 /// CRLDistributionPoints ::= SEQUENCE OF DistributionPoint (RFC 5280, 4.2.1.13), grouped the same
 /// way. They give no purposes.
-Said distributionPoints(Items &items);
+Said distributionPoints(const Items &items);
 
 /// The block of one policy: identifier, then qualifier id and qualifier in pairs.
 QString policyBlock(int number, const Values &values);

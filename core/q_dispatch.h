@@ -49,7 +49,7 @@ public:
     static bool acceptsParameterType(const QByteArray &typeName);
 
 private:
-    QByteArray m_logDirectory; ///< as the file system has it
+    QDir m_logDirectory;
     QObject *m_target;
 };
 

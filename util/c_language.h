@@ -40,11 +40,6 @@ public:
     /// The text under `key`, or the key itself when it has none.
     QString GetValue(const QString &key) const;
 
-    /// The text under `key` in the section in force, and what the section of identifiers of the
-    /// file of the default name calls the one of this dotted form; empty where there is none.
-    QString text(QStringView key) const;
-    QString nameOfIdentifier(QStringView dotted) const;
-
     /// The section in force: "CN", "TW" or "EN".
     QString section() const;
 
@@ -56,7 +51,5 @@ private:
     QString m_installPath;
     QString m_fileName;
     QString m_section;
-    // So that a look-up does not put them together.
-    QString m_filePath;        ///< of `m_fileName`
-    QString m_identifiersPath; ///< of `kDefaultFileName`
+    QString m_filePath; ///< of `m_fileName`, so that a look-up does not put it together
 };

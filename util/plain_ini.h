@@ -3,8 +3,6 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringView>
-#include <string_view>
-#include <unordered_map>
 #include <vector>
 
 /// The texts of an INI file in UTF-8 that is as plain as the shipped one, exactly as `QSettings`
@@ -31,13 +29,12 @@ private:
     {
         QStringView name;
         std::vector<Entry> entries; ///< of equal keys the last counts
-        /// The places of the entries by key; empty until somebody asks.
-        std::unordered_map<std::u16string_view, std::size_t> places;
+        bool sorted = false;        ///< by key, which waits until somebody asks
     };
 
     bool readLine(QStringView line, Section *&section);
     Section &sectionNamed(QStringView name);
-    Entry *find(QStringView section, QStringView key);
+    static void sort(Section &section);
 
     QString m_content;
     std::vector<Section> m_sections;

@@ -1,5 +1,8 @@
 #include "app/descriptors.h"
 #include "tests/app/viewer_tree.h"
+#include "util/file_descriptor.h"
+
+#include <fcntl.h>
 
 /// What a desktop or a script may hand the program that it did not ask for.
 class TestAppFaults : public QObject
@@ -9,6 +12,7 @@ class TestAppFaults : public QObject
 private slots:
     void closedStreams_data();
     void closedStreams();
+    void openStreamsStayAlone();
     void fewDescriptors_data();
     void fewDescriptors();
 
@@ -41,6 +45,19 @@ void TestAppFaults::closedStreams()
         QVERIFY2(!link.symLinkTarget().contains(QLatin1String("socket:")),
                  qPrintable(link.symLinkTarget()));
     }
+}
+
+// What was opened to look for closed ones is not kept.
+void TestAppFaults::openStreamsStayAlone()
+{
+    const auto lowestFree = [] {
+        const FileDescriptor opened(::open("/dev/null", O_RDWR | O_CLOEXEC));
+        return int(opened);
+    };
+    const int before = lowestFree();
+    QVERIFY(before >= 0);
+    descriptors::fillStandardStreams();
+    QCOMPARE(lowestFree(), before);
 }
 
 void TestAppFaults::fewDescriptors_data()

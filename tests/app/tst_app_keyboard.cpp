@@ -715,6 +715,7 @@ void TestAppKeyboard::tabsTellWhichIsSelected()
             QAccessibleInterface *tab = list->child(i);
             QCOMPARE(tab->role(), QAccessible::PageTab);
             QCOMPARE(tab->text(QAccessible::Name), keyed.tabs->tabText(i));
+            QVERIFY(tab->state().selectable && tab->state().focusable);
             QCOMPARE(bool(tab->state().selected), i == current);
             QCOMPARE(bool(tab->state().focused), i == current);
             QCOMPARE(list->indexOfChild(tab), i);
@@ -749,9 +750,12 @@ void TestAppKeyboard::selectorTellsItsValue()
         QCOMPARE(text->text(1, 3), value.mid(1, 2));
     }
     QVERIFY(selector->state().expandable && !selector->state().expanded);
+    QVERIFY(selector->state().collapsed && selector->state().hasPopup);
+    QVERIFY(selector->state().readOnly);
     QCOMPARE(selector->childCount(), 0);
     selector->actionInterface()->doAction(QAccessibleActionInterface::showMenuAction());
     QTRY_VERIFY(selector->state().expanded);
+    QVERIFY(!selector->state().collapsed);
     QCOMPARE(selector->childCount(), 1);
     QCOMPARE(selector->child(0)->object(), keyed.selector->view());
     QCOMPARE(selector->indexOfChild(selector->child(0)), 0);

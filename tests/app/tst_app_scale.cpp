@@ -89,6 +89,7 @@ void TestAppScale::desktop_data()
         QTest::newRow(dpi) << QByteArray(dpi) << scale;
     };
     add("96", 1);
+    add("97", 97.0 / 96);
     add("120", 1.25);
     add("144", 1.5);
     add("168", 1.75);

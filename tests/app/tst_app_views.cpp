@@ -1,3 +1,4 @@
+#include "app/certificate_argument.h"
 #include "app/text_box.h"
 #include "core/start_directory.h"
 #include "tests/app/widgets.h"
@@ -144,6 +145,8 @@ private slots:
     void aPathNextToTheStartIsFound();
     void theWorkingDirectoryComesFirst();
     void aFolderHidesNoFile();
+    void whatNamesNoFileStaysAsItIs_data();
+    void whatNamesNoFileStaysAsItIs();
     void length_data();
     void length();
     void aLongArgumentIsACertificate();
@@ -615,6 +618,25 @@ void TestAppViews::aFolderHidesNoFile()
     QVERIFY(details.table->rowCount() > 5);
     QFile::remove(target);
     QVERIFY(!details.window.loadcertfile(QFile::encodeName(name).constData()));
+}
+
+void TestAppViews::whatNamesNoFileStaysAsItIs_data()
+{
+    QTest::addColumn<QByteArray>("argument");
+    QTest::newRow("relative") << QByteArray("nowhere");
+    QTest::newRow("absolute, though beside the start") << QByteArray("/only beside the start.pem");
+    QTest::newRow("a folder") << QByteArray("bin");
+    QTest::newRow("empty") << QByteArray();
+}
+
+void TestAppViews::whatNamesNoFileStaysAsItIs()
+{
+    QFETCH(QByteArray, argument);
+    const QString beside = QFile::decodeName(startDirectory() + "/only beside the start.pem");
+    QFile file(beside);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(certificate_argument::filePath(argument), argument);
+    QVERIFY(file.remove());
 }
 
 void TestAppViews::length_data()
