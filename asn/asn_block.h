@@ -25,6 +25,10 @@
 
 struct stASN_CHILD_CELL;
 
+// Without gaps, a leaf has 24 octets and a node with children 40: the heap gives out just these,
+// and 16 more for one more. There may be millions.
+#pragma pack(push, 4)
+
 /// One element. A node owns its subtree: the cells, the children and a leaf's content, each a block
 /// of the heap.
 struct stASN_BLOCK_HEADER
@@ -51,6 +55,8 @@ struct stASN_BLOCK_STRUCT : stASN_BLOCK_HEADER
     stASN_CHILD_CELL *firstChild;
     stASN_CHILD_CELL *lastChild;
 };
+
+#pragma pack(pop)
 
 struct stASN_CHILD_CELL
 {

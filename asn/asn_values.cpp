@@ -1,11 +1,11 @@
 #include "asn/asn_values.h"
 
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <string>
 #include <vector>
 
 namespace {
@@ -145,6 +145,13 @@ std::int64_t localSeconds(const TimeFields &fields, unsigned int &error)
     return seconds == -1 ? 0 : seconds;
 }
 
+// There is always room for one.
+void appendArc(char *&end, std::int32_t arc)
+{
+    constexpr int kMostCharacters = 11;
+    end = std::to_chars(end, end + kMostCharacters, arc).ptr;
+}
+
 // Base 128, most significant group first, all but the last octet with the high bit.
 void appendSubidentifier(std::vector<unsigned char> &octets, unsigned long value)
 {
@@ -196,21 +203,29 @@ int ASNGetOIDName(const unsigned char *content, unsigned int length, char *outpu
 {
     if (!outputLength || !content || length < 2)
         return 0;
-    std::string text = std::to_string(content[0] / 40) + '.' + std::to_string(content[0] % 40);
+    constexpr unsigned int kLongestArc = 12; // with its dot
+    char text[ASN_MAX_OID_TEXT + kLongestArc];
+    char *end = text;
+    appendArc(end, content[0] / 40);
+    *end++ = '.';
+    appendArc(end, content[0] % 40);
     std::uint32_t value = 0;
-    for (unsigned int i = 1; i < length && text.size() <= ASN_MAX_OID_TEXT; ++i) {
+    for (unsigned int i = 1; i < length; ++i) {
         value = value * 128 + (content[i] & 0x7F);
         if (content[i] & 0x80)
             continue;
-        text += '.' + std::to_string(static_cast<std::int32_t>(value));
+        *end++ = '.';
+        appendArc(end, static_cast<std::int32_t>(value));
+        if (end > text + ASN_MAX_OID_TEXT)
+            return 0;
         value = 0;
     }
-    if (text.size() > ASN_MAX_OID_TEXT)
-        return 0;
-    if (!output || *outputLength < text.size())
+    const auto size = static_cast<unsigned int>(end - text);
+    if (!output || *outputLength < size)
         return 1;
-    std::memcpy(output, text.c_str(), text.size() + 1);
-    *outputLength = static_cast<unsigned int>(text.size());
+    std::memcpy(output, text, size);
+    output[size] = '\0';
+    *outputLength = size;
     return 1;
 }
 

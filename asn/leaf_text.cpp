@@ -16,10 +16,10 @@ bool isSpacedOut(const QString &text)
 
 QString everySecondCharacter(const QString &text)
 {
-    QString result;
-    result.reserve(text.size() / 2 + 1);
+    QString result((text.size() + 1) / 2, Qt::Uninitialized);
+    QChar *character = result.data();
     for (int i = 0; i < text.size(); i += 2)
-        result += text.at(i);
+        *character++ = text.at(i);
     return result;
 }
 
@@ -27,18 +27,31 @@ QString everySecondCharacter(const QString &text)
 
 QString hex(const QByteArray &octets)
 {
-    return QString::fromLatin1(octets.toHex(' ').toUpper());
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    if (octets.isEmpty())
+        return {};
+    QString text(octets.size() * 3 - 1, Qt::Uninitialized);
+    QChar *end = text.data();
+    for (const char octet : octets) {
+        const auto value = static_cast<unsigned char>(octet);
+        if (end != text.constData())
+            *end++ = QLatin1Char(' ');
+        *end++ = QLatin1Char(kDigits[value >> 4]);
+        *end++ = QLatin1Char(kDigits[value & 0x0F]);
+    }
+    return text;
 }
 
 QString characters(const QByteArray &octets)
 {
-    QString text;
-    text.reserve(octets.size() * 2);
+    if (octets.isEmpty())
+        return {};
+    QString text(octets.size() * 2 - 1, QLatin1Char(' '));
+    QChar *character = text.data();
     for (const char octet : octets) {
-        text += QLatin1Char(octet);
-        text += QLatin1Char(' ');
+        *character = QLatin1Char(octet);
+        character += 2;
     }
-    text.chop(1);
     return text;
 }
 

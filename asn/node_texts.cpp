@@ -81,7 +81,7 @@ QString value(const stASN_BLOCK_HEADER *node)
     const Form form = formOf(node).form;
     if (form == Form::Text)
         return node_values::text(node);
-    const QByteArray octets = node_values::content(node);
+    const QByteArray octets = node_values::contentView(node);
     switch (form) {
     case Form::Time:
         return timeText(octets);
@@ -98,7 +98,7 @@ QString braced(const stASN_BLOCK_HEADER *node)
 {
     const Form form = formOf(node).form;
     QString inside = form == Form::HexOrCharacters
-                         ? leaf_text::characters(node_values::content(node))
+                         ? leaf_text::characters(node_values::contentView(node))
                          : value(node);
     const bool isSpaced = form != Form::Text && form != Form::Time && !inside.isEmpty();
     return QLatin1String(" { ") + inside + QLatin1String(isSpaced ? " }" : "}");

@@ -23,7 +23,7 @@ QString identifierText(const QByteArray &content)
     unsigned int length = sizeof text;
     if (!ASNGetOIDName(octets.data, octets.size, text, &length))
         return {};
-    return texts::nameOfIdentifier(QString::fromLatin1(text, static_cast<int>(length)));
+    return texts::nameOfIdentifier(QLatin1String(text, static_cast<int>(length)));
 }
 
 // The converters may write a whole character beyond the size they are told.
@@ -61,15 +61,21 @@ int tagOf(const stASN_BLOCK_HEADER *node)
 
 QByteArray content(const stASN_BLOCK_HEADER *node)
 {
+    return copyOf(viewOf(contentView(node)));
+}
+
+QByteArray contentView(const stASN_BLOCK_HEADER *node)
+{
     if (!node || ASNIsConstructed(node->tag) || node->rawFlag != 1 || !node->content ||
         node->contentLength > kMostOctets)
         return {};
-    return copyOf({node->content, node->contentLength});
+    return QByteArray::fromRawData(reinterpret_cast<const char *>(node->content),
+                                   static_cast<int>(node->contentLength));
 }
 
 QString text(const stASN_BLOCK_HEADER *node)
 {
-    const QByteArray octets = content(node);
+    const QByteArray octets = contentView(node);
     switch (tagOf(node)) {
     case ASN_TAG_OBJECT_IDENTIFIER:
         return identifierText(octets);
@@ -86,20 +92,19 @@ QString text(const stASN_BLOCK_HEADER *node)
 
 QByteArray octets(const stASN_BLOCK_HEADER *node)
 {
-    QByteArray octets = content(node);
     switch (tagOf(node)) {
     case ASN_TAG_BIT_STRING:
-        return octets.mid(1);
+        return contentView(node).mid(1);
     case ASN_TAG_BMP_STRING:
-        return octetsOfBmp(octets);
+        return octetsOfBmp(contentView(node));
     default:
-        return octets;
+        return content(node);
     }
 }
 
 int number(const stASN_BLOCK_HEADER *node)
 {
-    const QByteArray octets = content(node);
+    const QByteArray octets = contentView(node);
     if (tagOf(node) != ASN_TAG_INTEGER)
         return 0;
     if (octets.size() != 1 && octets.size() != 2 && octets.size() != 4)

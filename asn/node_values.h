@@ -5,8 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
-/// Values of one node in Qt's types, each a copy. They are empty, or 0, for null and for a node
-/// that holds children.
+/// Values of one node in Qt's types, each a copy where nothing else is said. They are empty, or 0,
+/// for null and for a node that holds children.
 namespace node_values {
 
 /// The largest content that is read as a value or a text. Beyond it, the sizes of texts made from
@@ -16,6 +16,9 @@ constexpr unsigned int kMostOctets = 512U * 1024 * 1024;
 /// The content octets as they are encoded, the unused-bits octet of a BIT STRING included; empty
 /// above `kMostOctets`.
 QByteArray content(const stASN_BLOCK_HEADER *node);
+
+/// The same without a copy: good as long as the node's content is.
+QByteArray contentView(const stASN_BLOCK_HEADER *node);
 
 /// OBJECT IDENTIFIER (X.690, 8.19): its name in the language file's OID section, or dotted text, or
 /// nothing when it has none. BIT STRING (8.6): the octets after the unused-bits octet, as Latin-1.

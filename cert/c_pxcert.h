@@ -126,7 +126,7 @@ private:
 
     /// One extension: a row, and its purposes; neither when it has no identifier.
     bool readExtension(const PXAsnBlock &extension, const ExtensionNames &names);
-    void addPurposes(const std::vector<QString> &purposes);
+    void addPurposes(std::vector<QString> purposes);
 
     SummaryBlock statusBlock() const;
     SummaryBlock identityBlock() const;
@@ -142,6 +142,8 @@ private:
     QString m_subjectO;
     QDateTime m_notBefore;
     QDateTime m_notAfter;
+    QString m_validFrom; ///< both as they are shown; empty as long as there are none
+    QString m_validTo;
     QString m_publicKeyAlgorithm;
     QString m_publicKeyParameter; ///< the named curve; empty when there is none
     QByteArray m_publicKey;

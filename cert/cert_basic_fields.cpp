@@ -214,8 +214,10 @@ bool c_pxcert::readValidity(PXAsnBlock *validity)
         return fail("notAfterValue");
     m_notBefore = start;
     m_notAfter = end;
-    add_node(texts::shown(text_keys::kValidFrom), display_date::shortText(m_notBefore));
-    add_node(texts::shown(text_keys::kValidTo), display_date::shortText(m_notAfter));
+    m_validFrom = display_date::shortText(m_notBefore);
+    m_validTo = display_date::shortText(m_notAfter);
+    add_node(texts::shown(text_keys::kValidFrom), m_validFrom);
+    add_node(texts::shown(text_keys::kValidTo), m_validTo);
     return true;
 }
 

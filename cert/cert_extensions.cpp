@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace {
 
@@ -86,14 +87,17 @@ bool c_pxcert::readExtension(const PXAsnBlock &extension, const ExtensionNames &
     extension_texts::Said said;
     if (!read(extension, names.named(name), said))
         return false;
-    addPurposes(said.purposes);
+    addPurposes(std::move(said.purposes));
     m_rows.push_back({texts::throughLocal8Bit(name), said.text, said.text, detail_node::Extension});
     return true;
 }
 
-void c_pxcert::addPurposes(const std::vector<QString> &purposes)
+void c_pxcert::addPurposes(std::vector<QString> purposes)
 {
-    m_purposes.insert(m_purposes.end(), purposes.begin(), purposes.end());
+    if (m_purposes.empty())
+        m_purposes = std::move(purposes);
+    else
+        m_purposes.insert(m_purposes.end(), purposes.begin(), purposes.end());
 }
 
 QString c_pxcert::make_certnode(const QString &name, std::vector<QString> &values)
@@ -105,14 +109,16 @@ QString c_pxcert::make_certnode(const QString &name, std::vector<QString> &value
 
 QString c_pxcert::make_certnode_certpolicy(std::vector<certpolicy> &items)
 {
-    const extension_texts::Said said = extension_texts::policies(items);
-    addPurposes(said.purposes);
+    std::vector<certpolicy> own = items; // the caller keeps the others
+    extension_texts::Said said = extension_texts::policies(own);
+    addPurposes(std::move(said.purposes));
     return said.text;
 }
 
 QString c_pxcert::make_certnode_crlpoint(std::vector<certpolicy> &items)
 {
-    return extension_texts::distributionPoints(items).text;
+    std::vector<certpolicy> own = items;
+    return extension_texts::distributionPoints(own).text;
 }
 
 QString c_pxcert::make_single_certpolicy(int index, std::vector<QString> &values)

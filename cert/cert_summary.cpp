@@ -9,17 +9,12 @@ namespace {
 
 QString headLine(QLatin1String key)
 {
-    return QStringLiteral(" %1").arg(texts::shown(key));
-}
-
-QString dateOf(const QDateTime &time)
-{
-    return display_date::datePart(display_date::shortText(time));
+    return QLatin1Char(' ') + texts::shown(key);
 }
 
 void addName(SummaryBlock &block, QLatin1String key, const QString &name)
 {
-    block.say(QStringLiteral(" %1:   ").arg(texts::shown(key)));
+    block.say(headLine(key) + QLatin1String(":   "));
     block.quote(name);
     block.say(QStringLiteral("\n\n"));
 }
@@ -61,7 +56,7 @@ SummaryBlock c_pxcert::statusBlock() const
 
 SummaryBlock c_pxcert::identityBlock() const
 {
-    constexpr int kRoomForWords = 512;
+    constexpr int kRoomForWords = 256;
     const QString &subject = nameOf(m_subjectCN, m_subjectO);
     const QString &issuer = nameOf(m_issuerCN, m_issuerO);
     SummaryBlock block;
@@ -69,8 +64,9 @@ SummaryBlock c_pxcert::identityBlock() const
     block.text.reserve(subject.size() + issuer.size() + kRoomForWords);
     addName(block, text_keys::kIdentityIssuedTo, subject);
     addName(block, text_keys::kIdentityIssuedBy, issuer);
-    block.say(headLine(text_keys::kIdentityValidFrom) + dateOf(m_notBefore) +
-              headLine(text_keys::kIdentityValidTo) + QLatin1String("   ") + dateOf(m_notAfter));
+    block.say(headLine(text_keys::kIdentityValidFrom) + display_date::datePart(m_validFrom) +
+              headLine(text_keys::kIdentityValidTo) + QLatin1String("   ") +
+              display_date::datePart(m_validTo));
     block.text = texts::throughLocal8Bit(block.text);
     return block;
 }

@@ -90,17 +90,28 @@ QString attributeLines(Values::const_iterator value, Values::const_iterator end)
     return text;
 }
 
+// 0 when there are none.
 int lowestLevel(const Items &items)
 {
     const auto byLevel = [](const certpolicy &a, const certpolicy &b) { return a.level < b.level; };
-    return std::min_element(items.begin(), items.end(), byLevel)->level;
+    const auto lowest = std::min_element(items.begin(), items.end(), byLevel);
+    return lowest == items.end() ? 0 : lowest->level;
+}
+
+// As many as `eachGroup` finds, or one less.
+std::size_t groupsOf(const Items &items)
+{
+    const int lowest = lowestLevel(items);
+    return static_cast<std::size_t>(
+        std::count_if(items.begin(), items.end(),
+                      [lowest](const certpolicy &item) { return item.level == lowest; }));
 }
 
 // Calls `take(texts)` for each group of items: one at the lowest level starts a group, and those
 // below it belong to it. Items before the first such one belong to a group that an empty text
 // heads.
 template <typename Take>
-void eachGroup(const Items &items, const Take &take)
+void eachGroup(Items &items, const Take &take)
 {
     if (items.empty())
         return;
@@ -108,12 +119,12 @@ void eachGroup(const Items &items, const Take &take)
     Values group;
     if (items.front().level != lowest)
         group.push_back(texts::shown(QString()));
-    for (const certpolicy &item : items) {
+    for (certpolicy &item : items) {
         if (item.level == lowest && !group.empty()) {
             take(group);
             group.clear();
         }
-        group.push_back(texts::shown(item.text));
+        group.push_back(texts::shown(std::exchange(item.text, {})));
     }
     take(group);
 }
@@ -202,23 +213,24 @@ QString anyOther(Values &values)
     return text;
 }
 
-Said policies(const Items &items)
+Said policies(Items &items)
 {
     Said said;
+    said.purposes.reserve(groupsOf(items));
     eachGroup(items, [&](const Values &policy) {
         said.purposes.push_back(policy.front());
         said.text += policyBlock(static_cast<int>(said.purposes.size()), policy);
     });
-    said.text = said.text.trimmed();
+    said.text = std::move(said.text).trimmed();
     return said;
 }
 
-Said distributionPoints(const Items &items)
+Said distributionPoints(Items &items)
 {
     QString text;
     int number = 0;
     eachGroup(items, [&](const Values &point) { text += distributionPointBlock(++number, point); });
-    return {text.trimmed(), {}};
+    return {std::move(text).trimmed(), {}};
 }
 
 QString policyBlock(int number, const Values &values)

@@ -23,7 +23,8 @@ struct Said
     std::vector<QString> purposes;
 };
 
-// From the values, which may be used up: one can be as long as a file may be.
+// From the values and items, which may be used up: one can be as long as a file may be, and there
+// can be a million.
 
 // RFC 5280, 4.2.1.3: KeyUsage ::= BIT STRING; and its Netscape forerunner.
 QString keyUsage(Values &values);
@@ -57,11 +58,11 @@ QString anyOther(Values &values);
 
 /// CertificatePolicies ::= SEQUENCE OF PolicyInformation (RFC 5280, 4.2.1.4): a block for each item
 /// at the lowest level, which is a purpose, with the items that follow it below.
-Said policies(const Items &items);
+Said policies(Items &items);
 
 /// CRLDistributionPoints ::= SEQUENCE OF DistributionPoint (RFC 5280, 4.2.1.13), grouped the same
 /// way. They give no purposes.
-Said distributionPoints(const Items &items);
+Said distributionPoints(Items &items);
 
 /// The block of one policy: identifier, then qualifier id and qualifier in pairs.
 QString policyBlock(int number, const Values &values);

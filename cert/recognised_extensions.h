@@ -9,7 +9,7 @@ struct RecognisedExtension
 {
     QLatin1String key; ///< recognised when its name is the text under this key
     QString (*fromValues)(extension_texts::Values &values);
-    extension_texts::Said (*fromItems)(const extension_texts::Items &items);
+    extension_texts::Said (*fromItems)(extension_texts::Items &items);
 };
 
 /// All of them; of two whose keys have one text the first counts. `docs/rows.md` and

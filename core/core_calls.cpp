@@ -2,6 +2,8 @@
 
 #include "core/core_loader.h"
 
+#include <QStringBuilder>
+
 namespace core_calls {
 namespace {
 
@@ -55,8 +57,8 @@ void sendProgress(const char *operation, int line, const char *suffix)
 
 QString taggedMessage(const char *operation, int line, const QString &message)
 {
-    const QString place = QStringLiteral("%1:%2").arg(QLatin1String(operation)).arg(line);
-    return QStringLiteral("[%1]%2").arg(place, message);
+    return QLatin1Char('[') % QLatin1String(operation) % QLatin1Char(':') % QString::number(line) %
+           QLatin1Char(']') % message;
 }
 
 } // namespace core_calls

@@ -32,7 +32,9 @@ int findMethodIndex(const QMetaObject &metaObject, const QString &methodName)
         return -1;
     const QByteArray prefix = name + '(';
     for (int i = 0; i < metaObject.methodCount(); ++i) {
-        if (metaObject.method(i).methodSignature().startsWith(prefix))
+        const QMetaMethod method = metaObject.method(i);
+        // A signature is put together each time it is asked for, a name is not.
+        if (name.startsWith(method.name()) && method.methodSignature().startsWith(prefix))
             return i;
     }
     return -1;
@@ -43,13 +45,19 @@ bool isOwn(const struct stat &status)
     return status.st_uid == ::geteuid();
 }
 
+bool isOwnName(const QByteArray &path)
+{
+    struct stat status = {};
+    return ::lstat(path.constData(), &status) == 0 && isOwn(status);
+}
+
 // The directory is looked for where every user may write: it must be the user's own, and so must a
 // link that leads to it. -1 otherwise.
 int openOwnDirectory(const QByteArray &path)
 {
-    struct stat status = {};
-    if (::lstat(path.constData(), &status) != 0 || !isOwn(status))
+    if (!isOwnName(path))
         return -1;
+    struct stat status = {};
     const int directory = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (directory < 0 || (::fstat(directory, &status) == 0 && isOwn(status)))
         return directory;
@@ -80,7 +88,7 @@ FILE *openRegularFileForAppend(int directory, const char *name)
 
 Q_Dispatch::Q_Dispatch(QObject *target, QObject *parent)
     : QObject(parent)
-    , m_logDirectory(QDir::tempPath() + QLatin1String("/orvane"))
+    , m_logDirectory(QFile::encodeName(QDir::tempPath() + QLatin1String("/orvane")))
     , m_target(target)
 {
 }
@@ -89,7 +97,7 @@ Q_Dispatch::~Q_Dispatch() = default;
 
 void Q_Dispatch::setLogDirectory(const QDir &directory)
 {
-    m_logDirectory = directory;
+    m_logDirectory = QFile::encodeName(directory.path());
 }
 
 void Q_Dispatch::setTarget(QObject *target)
@@ -119,42 +127,48 @@ void Q_Dispatch::invokeHelper(const QString &methodName, void *result, ...)
 
 void Q_Dispatch::invokeHelperV(const QString &methodName, void *result, va_list args)
 {
-    Corelog(QLatin1String("methodName=") + methodName);
+    // Mostly there is nowhere to write to, and then no line needs to be made.
+    const auto trace = [this, isTraced = isOwnName(m_logDirectory)](const auto &...parts) {
+        if (isTraced)
+            Corelog((QString() + ... + parts));
+    };
+    trace(QLatin1String("methodName="), methodName);
     if (!m_target)
         return;
 
     const int methodIndex = findMethodIndex(*m_target->metaObject(), methodName);
     if (methodIndex < 0) {
-        Corelog(QLatin1String("QTCORE____ERROR: findMethodIndex fail!!!cnt"));
+        trace(QLatin1String("QTCORE____ERROR: findMethodIndex fail!!!cnt"));
         return;
     }
 
     const QList<QByteArray> parameterTypes =
         m_target->metaObject()->method(methodIndex).parameterTypes();
-    Corelog(QLatin1String("methodName=") + methodName + QLatin1String("::paramCount=") +
-            QString::number(parameterTypes.size()));
+    trace(QLatin1String("methodName="), methodName, QLatin1String("::paramCount="),
+          QString::number(parameterTypes.size()));
 
     QVarLengthArray<void *, 8> callArguments;
     callArguments.append(result);
     for (const QByteArray &type : parameterTypes) {
-        Corelog(QLatin1String("paramTypeName=") + QString::fromUtf8(type));
+        trace(QLatin1String("paramTypeName="), QString::fromUtf8(type));
         if (!acceptsParameterType(type)) {
-            Corelog(QString::fromUtf8("参数错误"));
+            trace(QString::fromUtf8("参数错误"));
             return;
         }
         // The caller started the list. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
         callArguments.append(va_arg(args, void *));
     }
 
-    Corelog(QLatin1String("QMetaObject::metacall call in"));
+    trace(QLatin1String("QMetaObject::metacall call in"));
     QMetaObject::metacall(m_target, QMetaObject::InvokeMetaMethod, methodIndex,
                           callArguments.data());
+    // Asks anew: the method may have made the directory.
     Corelog(QLatin1String("QMetaObject::metacall call end"));
 }
 
 void Q_Dispatch::Corelog(const QString &message)
 {
-    const int directory = openOwnDirectory(QFile::encodeName(m_logDirectory.path()));
+    const int directory = openOwnDirectory(m_logDirectory);
     if (directory < 0)
         return;
     FILE *file = openRegularFileForAppend(directory, "tessera_core.log");

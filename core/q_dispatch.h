@@ -49,7 +49,7 @@ public:
     static bool acceptsParameterType(const QByteArray &typeName);
 
 private:
-    QDir m_logDirectory;
+    QByteArray m_logDirectory; ///< as the file system has it
     QObject *m_target;
 };
 

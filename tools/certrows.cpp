@@ -17,9 +17,10 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QLoggingCategory>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -34,43 +35,74 @@ bool openResults(QFile &results, bool verbose)
            results.open(output, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle);
 }
 
-QByteArray compact(const QJsonObject &object)
+// A text as the toolkit's writer has it, piece by piece: one can be as long as a file may be, and
+// the writer would hold it three times over.
+void writeText(QFile &results, const QString &text)
 {
-    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+    constexpr int kPiece = 65536;
+    constexpr int kFrame = 2; // [" and "]
+    results.write("\"");
+    for (int begin = 0; begin < text.size();) {
+        QString piece = text.mid(begin, kPiece);
+        if (begin + piece.size() < text.size() && piece.at(piece.size() - 1).isHighSurrogate())
+            piece.chop(1);
+        begin += static_cast<int>(piece.size());
+        const QByteArray json = QJsonDocument(QJsonArray{piece}).toJson(QJsonDocument::Compact);
+        results.write(json.constData() + kFrame, json.size() - 2 * kFrame);
+    }
+    results.write("\"");
 }
 
-QByteArray toJson(const detail_node &row)
+void writeBlock(QFile &results, const QString &text, int block)
 {
-    return compact({{QStringLiteral("name"), row.name},
-                    {QStringLiteral("value"), row.value},
-                    {QStringLiteral("full"), row.full_value},
-                    {QStringLiteral("kind"), row.kind}});
+    results.write("[");
+    writeText(results, text);
+    results.write(',' + QByteArray::number(block) + ']');
 }
 
-// Reads the certificate at `path`, which is absolute; `name` is how the caller called it. Row by
-// row, because an object of a million of them takes more memory than all else.
+void writeRow(QFile &results, const detail_node &row)
+{
+    results.write("{\"full\":");
+    writeText(results, row.full_value);
+    results.write(",\"kind\":" + QByteArray::number(row.kind) + ",\"name\":");
+    writeText(results, row.name);
+    results.write(",\"value\":");
+    writeText(results, row.value);
+    results.write("}");
+}
+
+template <typename Items, typename Write>
+void writeArray(QFile &results, const Items &items, const Write &write)
+{
+    const char *separator = "[";
+    for (const auto &item : items) {
+        results.write(separator);
+        write(item);
+        separator = ",";
+    }
+    results.write(items.empty() ? "[]" : "]");
+}
+
+// Reads the certificate at `path`, which is absolute; `name` is how the caller called it.
 void writeResult(QFile &results, const QString &name, const QByteArray &path)
 {
-    QJsonArray normal;
+    std::vector<std::pair<QString, int>> normal;
     std::vector<detail_node> rows;
     c_pxcert certificate(nullptr);
-    QObject::connect(&certificate, &c_pxcert::result_normal, [&](const QString &text, int block) {
-        normal.append(QJsonArray{text, block});
-    });
+    QObject::connect(&certificate, &c_pxcert::result_normal,
+                     [&](const QString &text, int block) { normal.emplace_back(text, block); });
     QObject::connect(&certificate, &c_pxcert::result_detail,
                      [&](const std::vector<detail_node> &all) { rows = all; });
     const bool loaded = certificate.loadfile(path.constData());
-    const QByteArray head = compact({{QStringLiteral("file"), name},
-                                     {QStringLiteral("loaded"), loaded},
-                                     {QStringLiteral("normal"), normal}});
-    results.write(head.chopped(1) + ",\"rows\":[");
-    const char *separator = "";
-    for (const detail_node &row : rows) {
-        results.write(separator);
-        results.write(toJson(row));
-        separator = ",";
-    }
-    results.write("]}\n");
+    results.write("{\"file\":");
+    writeText(results, name);
+    results.write(loaded ? ",\"loaded\":true,\"normal\":" : ",\"loaded\":false,\"normal\":");
+    writeArray(results, normal, [&](const std::pair<QString, int> &block) {
+        writeBlock(results, block.first, block.second);
+    });
+    results.write(",\"rows\":");
+    writeArray(results, rows, [&](const detail_node &row) { writeRow(results, row); });
+    results.write("}\n");
     results.flush();
 }
 

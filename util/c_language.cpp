@@ -47,6 +47,7 @@ c_language::c_language()
     m_configPath = core_calls::configPath();
     m_installPath = core_calls::installPath();
     m_filePath = languageFilePath(m_fileName);
+    m_identifiersPath = languageFilePath(QLatin1String(kDefaultFileName));
     LANG_SetLang();
 }
 
@@ -63,7 +64,7 @@ void c_language::LANG_SetLang()
 
 bool c_language::GetValue(const QString &key, QString &value) const
 {
-    value = ini_table::lookup(m_filePath, m_section, key);
+    value = text(key);
     return !value.isEmpty();
 }
 
@@ -71,6 +72,16 @@ QString c_language::GetValue(const QString &key) const
 {
     QString value;
     return GetValue(key, value) ? value : key;
+}
+
+QString c_language::text(QStringView key) const
+{
+    return ini_table::lookup(m_filePath, m_section, key);
+}
+
+QString c_language::nameOfIdentifier(QStringView dotted) const
+{
+    return ini_table::lookup(m_identifiersPath, u"OID", dotted);
 }
 
 QString c_language::section() const

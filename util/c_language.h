@@ -40,6 +40,11 @@ public:
     /// The text under `key`, or the key itself when it has none.
     QString GetValue(const QString &key) const;
 
+    /// The text under `key` in the section in force, and what the section of identifiers of the
+    /// file of the default name calls the one of this dotted form; empty where there is none.
+    QString text(QStringView key) const;
+    QString nameOfIdentifier(QStringView dotted) const;
+
     /// The section in force: "CN", "TW" or "EN".
     QString section() const;
 
@@ -51,5 +56,7 @@ private:
     QString m_installPath;
     QString m_fileName;
     QString m_section;
-    QString m_filePath; ///< of `m_fileName`, so that a look-up does not put it together
+    // So that a look-up does not put them together.
+    QString m_filePath;        ///< of `m_fileName`
+    QString m_identifiersPath; ///< of `kDefaultFileName`
 };

@@ -1,10 +1,16 @@
 #include "util/plain_ini.h"
 
 #include <algorithm>
-#include <iterator>
 #include <QLatin1String>
 
 namespace {
+
+constexpr QChar kSlash('/');
+
+std::u16string_view unitsOf(QStringView text)
+{
+    return {text.utf16(), static_cast<std::size_t>(text.size())};
+}
 
 // What stands for itself wherever it is written.
 bool isPlainChar(QChar c)
@@ -42,7 +48,7 @@ void splitNames(QStringView section, QStringView key, QStringView (&names)[3], i
     count = 0;
     for (QStringView rest : {section, key}) {
         while (!rest.isEmpty() && count < 3) {
-            const auto slash = rest.indexOf(QLatin1Char('/'));
+            const auto slash = rest.indexOf(kSlash);
             const QStringView name = slash < 0 ? rest : rest.left(slash);
             if (!name.isEmpty())
                 names[count++] = name;
@@ -98,36 +104,37 @@ PlainIni::Section &PlainIni::sectionNamed(QStringView name)
                                     [&](const Section &section) { return section.name == name; });
     if (found != m_sections.end())
         return *found;
-    m_sections.push_back({name, {}, false});
+    m_sections.push_back({name, {}, {}});
     return m_sections.back();
 }
 
-void PlainIni::sort(Section &section)
+PlainIni::Entry *PlainIni::find(QStringView section, QStringView key)
 {
-    if (!section.sorted)
-        std::stable_sort(
-            section.entries.begin(), section.entries.end(),
-            [](const Entry &left, const Entry &right) { return left.key < right.key; });
-    section.sorted = true;
+    const auto named = std::find_if(m_sections.begin(), m_sections.end(),
+                                    [&](const Section &each) { return each.name == section; });
+    if (named == m_sections.end())
+        return nullptr;
+    if (named->places.empty()) {
+        named->places.reserve(named->entries.size());
+        for (std::size_t i = 0; i < named->entries.size(); ++i)
+            named->places[unitsOf(named->entries[i].key)] = i;
+    }
+    const auto found = named->places.find(unitsOf(key));
+    return found == named->places.end() ? nullptr : &named->entries[found->second];
 }
 
 QString PlainIni::value(QStringView section, QStringView key)
 {
-    QStringView names[3];
-    int count = 0;
-    splitNames(section, key, names, count);
-    const auto found = std::find_if(m_sections.begin(), m_sections.end(),
-                                    [&](const Section &each) { return each.name == names[0]; });
-    if (count != 2 || found == m_sections.end())
+    Entry *entry = find(section, key);
+    if (!entry && (section.contains(kSlash) || key.contains(kSlash))) {
+        QStringView names[3];
+        int count = 0;
+        splitNames(section, key, names, count);
+        entry = count == 2 ? find(names[0], names[1]) : nullptr;
+    }
+    if (!entry)
         return {};
-    sort(*found);
-    const auto behind =
-        std::upper_bound(found->entries.begin(), found->entries.end(), names[1],
-                         [](QStringView wanted, const Entry &entry) { return wanted < entry.key; });
-    if (behind == found->entries.begin() || std::prev(behind)->key != names[1])
-        return {};
-    Entry &entry = *std::prev(behind);
-    if (entry.value.isNull())
-        entry.value = entry.text.toString();
-    return entry.value;
+    if (entry->value.isNull())
+        entry->value = entry->text.toString();
+    return entry->value;
 }

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringView>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 /// The texts of an INI file in UTF-8 that is as plain as the shipped one, exactly as `QSettings`
@@ -29,12 +31,13 @@ private:
     {
         QStringView name;
         std::vector<Entry> entries; ///< of equal keys the last counts
-        bool sorted = false;        ///< by key, which waits until somebody asks
+        /// The places of the entries by key; empty until somebody asks.
+        std::unordered_map<std::u16string_view, std::size_t> places;
     };
 
     bool readLine(QStringView line, Section *&section);
     Section &sectionNamed(QStringView name);
-    static void sort(Section &section);
+    Entry *find(QStringView section, QStringView key);
 
     QString m_content;
     std::vector<Section> m_sections;

@@ -11,9 +11,11 @@ namespace texts {
 /// The text under `key`, or the key itself when it has none. Raw: for comparing with, and for
 /// building longer texts that are then shown as a whole.
 QString raw(const QString &key);
+QString raw(QLatin1String key);
 
 /// The text under `key`, or the key itself, as it may be shown: through the locale.
 QString shown(const QString &key);
+QString shown(QLatin1String key);
 
 /// `text` through the locale's 8-bit encoding and back: what the locale can't hold is lost. Every
 /// text that is shown goes this way once, so that the screen never holds more than the suite's
@@ -23,5 +25,6 @@ QString throughLocal8Bit(const QString &text);
 /// What the language file calls the identifier of this dotted form: a key, or a name that is the
 /// same in every language; the dotted form when it knows none. Not yet translated: `raw` does that.
 QString nameOfIdentifier(const QString &dotted);
+QString nameOfIdentifier(QLatin1String dotted);
 
 } // namespace texts

@@ -46,6 +46,13 @@ QByteArray withExtensions(const QByteArray &extensions)
     return certificate.encoded();
 }
 
+// Seven octets each.
+QByteArray withPolicies(int count)
+{
+    const QByteArray policies = sequence({oid("2A0304")}).repeated(count);
+    return withExtensions(extension("551D20", tlv(0x30, policies)));
+}
+
 // The most memory that this process has had so far, in octets.
 qint64 peak()
 {
@@ -100,6 +107,7 @@ private slots:
         QTest::newRow("extension") << withExtension(QByteArray(kSize, '\xAB')) << 12;
         QTest::newRow("extensions") << withExtensions(QByteArray("\x30\0", 2).repeated(900000))
                                     << 14; // their objects go one by one
+        QTest::newRow("policies") << withPolicies(kSize / 7) << 60;
         QTest::newRow("key") << withKey(QByteArray(kSize, '\xAB')) << 12;
     }
     void peak()

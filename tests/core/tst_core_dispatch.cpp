@@ -32,6 +32,7 @@ public:
     Q_INVOKABLE QString overloaded(int) { return QStringLiteral("number"); }
     Q_INVOKABLE QString overloaded() { return QStringLiteral("nothing"); }
     Q_INVOKABLE int sum(int first, int second = 5) { return first + second; }
+    Q_INVOKABLE void makeFolder(const QString &path) { QDir().mkdir(path); }
 
 signals:
     void announced(const QString &);
@@ -59,6 +60,7 @@ private slots:
 
     void callsWithoutLogDirectory();
     void logDirectoryUnlessSet();
+    void logDirectoryThatACallMakes();
     void resultAndArguments();
     void resultNotWanted();
     void worksThroughAnArgumentList();
@@ -127,6 +129,17 @@ void TestCoreDispatch::logDirectoryUnlessSet()
     qputenv("TMPDIR", before);
     agent.invokeHelper(QStringLiteral("any"), nullptr);
     QVERIFY(QFile::exists(m_directory->filePath(QStringLiteral("orvane/tessera_core.log"))));
+}
+
+void TestCoreDispatch::logDirectoryThatACallMakes()
+{
+    Target target;
+    Q_Dispatch agent(&target);
+    const QString path = m_directory->path();
+    QVERIFY(QDir(path).removeRecursively());
+    agent.setLogDirectory(QDir(path));
+    agent.invokeHelper(QStringLiteral("makeFolder"), nullptr, &path);
+    QCOMPARE(trace(), QStringList(QStringLiteral("QMetaObject::metacall call end")));
 }
 
 void TestCoreDispatch::resultAndArguments()

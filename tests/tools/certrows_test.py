@@ -4,6 +4,7 @@
 import json
 import os
 import pathlib
+import resource
 import subprocess
 import sys
 import tempfile
@@ -11,7 +12,10 @@ import unittest
 
 CERTROWS = pathlib.Path(sys.argv.pop(1)).resolve()
 TREE = CERTROWS.parent.parent
-EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
+TOP = pathlib.Path(__file__).resolve().parents[2]
+EXAMPLES = TOP / "examples"
+sys.path.insert(0, str(TOP / "bench"))
+import hostile  # noqa: E402
 
 
 def run(*arguments, folder=EXAMPLES, **environment):
@@ -60,6 +64,27 @@ class CertRows(unittest.TestCase):
             (result,) = results("证书 文件.pem", folder=folder)
             self.assertEqual(result["file"], "证书 文件.pem")
             self.assertTrue(result["rows"])
+
+    def test_texts_longer_than_a_piece(self):
+        common_name = "a" * 65535 + "\U0001F600\"\\\n\x01" + "é" * 70000
+        (result,) = self.result_of(common_name.encode())
+        (row,) = [row for row in result["rows"] if row["name"] == "Subject"]
+        self.assertEqual(row["value"], common_name)
+        self.assertEqual(row["full"], "CN= " + common_name + "\n")
+
+    def test_memory_of_a_long_text(self):
+        size = 16_000_000
+        before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+        self.result_of(b"n" * size)
+        after = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+        self.assertGreater(after, before)
+        self.assertLess(after * 1024, 12 * size)
+
+    def result_of(self, common_name):
+        with tempfile.TemporaryDirectory() as folder:
+            (pathlib.Path(folder) / "file").write_bytes(
+                hostile.certificate(subject=hostile.name(common_name)))
+            return results("file", folder=folder, PX_CONFIG_PATH=str(TREE / "settings" / "EN"))
 
     def test_file_that_is_not_there(self):
         (result,) = results("missing.pem")

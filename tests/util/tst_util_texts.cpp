@@ -1,4 +1,6 @@
+#include "tests/support/message_recorder.h"
 #include "util/c_language.h"
+#include "util/debug_line.h"
 #include "util/text_keys.h"
 #include "util/texts.h"
 
@@ -30,6 +32,8 @@ private slots:
     void inALocaleThatHoldsLittle();
     void identifiers_data();
     void identifiers();
+    void debugLines_data();
+    void debugLines();
 };
 
 void TestUtilTexts::initTestCase()
@@ -97,6 +101,9 @@ void TestUtilTexts::rawTextOrKey()
     QCOMPARE(texts::raw(text_keys::kValidFrom), text("Valid from"));
     QCOMPARE(texts::raw(text("PXOID_2_5_29_37")), text("Extended Key Usage"));
     QCOMPARE(texts::raw(text("no such key 證書")), text("no such key 證書"));
+    QCOMPARE(texts::raw(QLatin1String("no such key \xE9")), text("no such key é"));
+    const QByteArray longKey(1000, 'k');
+    QCOMPARE(texts::raw(QLatin1String(longKey)), QString::fromLatin1(longKey));
 }
 
 void TestUtilTexts::throughTheLocale()
@@ -147,7 +154,29 @@ void TestUtilTexts::identifiers()
 {
     QFETCH(QString, dotted);
     QTEST(texts::nameOfIdentifier(dotted), "name");
+    QTEST(texts::nameOfIdentifier(QLatin1String(dotted.toLatin1())), "name");
     QTEST(texts::raw(texts::nameOfIdentifier(dotted)), "translated");
+}
+
+void TestUtilTexts::debugLines_data()
+{
+    QTest::addColumn<QString>("said");
+    for (const char *said : {"", "plain ~", "\"quoted\"", "back\\slash", "line\nfeed", "tab\t",
+                             "證書", "é", "\x7F", "\xE2\x80\xAE turned", "\xF0\x9F\x94\x92"})
+        QTest::newRow(said) << text(said);
+    QTest::newRow("NUL") << QString::fromLatin1("a\0b", 3);
+}
+
+void TestUtilTexts::debugLines()
+{
+    QFETCH(QString, said);
+    const MessageRecorder recorder;
+    debugLine(said, " count", -3);
+    debugLine(said);
+    qDebug() << said << " count" << -3;
+    qDebug() << said;
+    const QStringList lines = MessageRecorder::messages();
+    QCOMPARE(lines.mid(0, 2), lines.mid(2));
 }
 
 QTEST_GUILESS_MAIN(TestUtilTexts)
