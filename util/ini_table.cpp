@@ -112,11 +112,16 @@ bool dependsOnTheQuestion(const QByteArray &content)
     return text.contains(oddSection) || beforeSections(text).remove(comment).contains(oddKey);
 }
 
+// How many are at work, and which one it was that began last while there was none.
+int g_atOnce = 0;
+unsigned long g_lastAtOnce = 0;
+
 struct ParsedFile
 {
     QString path;
     QByteArray encodedPath;
     FileIdentity identity;
+    unsigned long askedAtOnce = 0; ///< the last that asked for its state
     bool settled = false;
     bool isPlain = false;
     PlainIni plain;       ///< of a plain file
@@ -126,7 +131,9 @@ struct ParsedFile
 
 void parse(ParsedFile &file, const FileIdentity &identity, bool isRegular)
 {
-    file = {file.path, file.encodedPath, identity, isSettled(identity), false, {}, {}, {}};
+    file = {
+        file.path, file.encodedPath, identity, file.askedAtOnce, isSettled(identity), false, {}, {},
+        {}};
     // Not before the file is asked for its times: what changes after that may carry the same.
     QByteArray content;
     // What keeps a regular file from being read may pass without a trace in its times.
@@ -165,11 +172,14 @@ ParsedFile &copyOf(const QString &path)
 ParsedFile &current(const QString &path)
 {
     ParsedFile &file = copyOf(path);
+    if (g_atOnce > 0 && file.askedAtOnce == g_lastAtOnce)
+        return file;
     struct stat status = {};
     const bool exists = ::stat(file.encodedPath.constData(), &status) == 0;
     const FileIdentity identity = exists ? identityOf(status) : FileIdentity();
     if (!file.settled || !(file.identity == identity))
         parse(file, identity, S_ISREG(status.st_mode));
+    file.askedAtOnce = g_lastAtOnce;
     return file;
 }
 
@@ -180,6 +190,17 @@ QString normalizedKey(const QString &key)
 }
 
 } // namespace
+
+AtOnce::AtOnce()
+{
+    if (g_atOnce++ == 0)
+        ++g_lastAtOnce;
+}
+
+AtOnce::~AtOnce()
+{
+    --g_atOnce;
+}
 
 QString lookup(const QString &path, QStringView section, QStringView key)
 {

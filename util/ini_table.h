@@ -15,4 +15,16 @@ namespace ini_table {
 /// few that are kept, and one with a slash in the name of a section. GUI thread only.
 QString lookup(const QString &path, QStringView section, QStringView key);
 
+/// Look-ups while one lives come of one state of each file, for one `stat` a file: an edit
+/// meanwhile is seen by the first look-up afterwards. For a few that belong together, with nothing
+/// in between.
+class AtOnce
+{
+public:
+    AtOnce();
+    ~AtOnce();
+    AtOnce(const AtOnce &) = delete;
+    AtOnce &operator=(const AtOnce &) = delete;
+};
+
 } // namespace ini_table

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "util/ini_table.h"
+
 #include <QString>
 
 /// The one door to the texts of the user's language. The program's own have a key by name in
@@ -7,6 +9,9 @@
 /// too. Everything is read through `c_language`, whose file and language are in force; no call
 /// fails, and each costs one `stat` while the file stays as it is. GUI thread only.
 namespace texts {
+
+/// For a few texts of one row or block: they come of one state of the file, for one `stat`.
+using ini_table::AtOnce;
 
 /// The text under `key`, or the key itself when it has none. Raw: for comparing with, and for
 /// building longer texts that are then shown as a whole.

@@ -103,6 +103,7 @@ private slots:
     void unreadableFile();
     void followsTheFile();
     void followsTwoFiles();
+    void oneStateAtOnce();
     void seesEveryEditAtOnce_data();
     void seesEveryEditAtOnce();
     void seesEditThatKeepsSizeAndTime();
@@ -355,6 +356,34 @@ void TestUtilIniTable::followsTwoFiles()
         QCOMPARE(ini_table::lookup(one, section(), section("K")), QStringLiteral("one"));
         QCOMPARE(ini_table::lookup(two, section(), section("K")), QStringLiteral("two"));
     }
+}
+
+void TestUtilIniTable::oneStateAtOnce()
+{
+    const auto value = [this](const char *file) {
+        return ini_table::lookup(path(file), section(), section("K"));
+    };
+    make("[CN]\nK=one\n", "file.ini");
+    make("[CN]\nK=other\n", "other.ini");
+    QCOMPARE(value("file.ini"), QStringLiteral("one"));
+    make("[CN]\nK=two\n", "file.ini");
+    {
+        const ini_table::AtOnce atOnce;
+        QCOMPARE(value("file.ini"), QStringLiteral("two"));
+        make("[CN]\nK=three\n", "file.ini");
+        {
+            const ini_table::AtOnce within;
+            QCOMPARE(value("file.ini"), QStringLiteral("two"));
+            QCOMPARE(value("other.ini"), QStringLiteral("other"));
+        }
+        QCOMPARE(value("file.ini"), QStringLiteral("two"));
+    }
+    {
+        const ini_table::AtOnce atOnce;
+        QCOMPARE(value("file.ini"), QStringLiteral("three"));
+    }
+    make("[CN]\nK=four\n", "file.ini");
+    QCOMPARE(value("file.ini"), QStringLiteral("four"));
 }
 
 void TestUtilIniTable::seesEveryEditAtOnce_data()
