@@ -70,7 +70,7 @@ struct stASN_CHILD_CELL
 constexpr int ASN_MAX_DEPTH = 128;
 
 /// How many elements the tree of a parse has. Certificates have hundreds, the largest revocation
-/// lists some million. A tree of so many, which two octets each can ask for, takes 320 MiB. What
+/// lists some million. A tree of so many, which two octets each can ask for, takes 256 MiB. What
 /// comes behind does not parse, and an OCTET STRING that would hold more stays a leaf.
 constexpr unsigned int ASN_MAX_ELEMENTS = 4U * 1024 * 1024;
 

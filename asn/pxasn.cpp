@@ -5,7 +5,6 @@
 #include "core/core_calls.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <new>
 #include <QDebug>
 
@@ -62,24 +61,6 @@ bool PXAsnBlock::checkTag(int tag) const
 int PXAsnBlock::getChildCount() const
 {
     return static_cast<int>(listChild.count());
-}
-
-PXAsnBlock *PXAsnBlock::getChild(int index, int checkType) const
-{
-    if (!node || index < 0 || index >= listChild.count()) {
-        std::puts("(!node || index < 0 || index >= listChild.count()) fail");
-        return nullptr;
-    }
-    PXAsnBlock *block = childAt(index);
-    if (!block) {
-        std::puts("PXAsnBlock* block = listChild.at(index); fail");
-        return nullptr;
-    }
-    if (checkType != ASN_TAG_ANY && !block->checkTag(checkType)) {
-        std::puts("!block->checkTag(checkType) fail ");
-        return nullptr;
-    }
-    return block;
 }
 
 QByteArray PXAsnBlock::contentOctets() const

@@ -132,7 +132,8 @@ protected:
     bool sharesNodes = false;
 
 private:
-    class Walk;
+    friend class PXAsnElement;
+    friend class PXAsnChildren;
 
     void addPlaces(const stASN_BLOCK_HEADER *block);
     stASN_BLOCK_HEADER *nodeAtPlace(int index) const;

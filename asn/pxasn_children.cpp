@@ -1,5 +1,5 @@
 #include "asn/asn_walk.h"
-#include "asn/pxasn.h"
+#include "asn/pxasn_element.h"
 
 #include <algorithm>
 #include <memory>
@@ -61,6 +61,11 @@ stASN_BLOCK_HEADER *PXAsnBlock::nodeAtPlace(int index) const
 {
     const auto place = static_cast<std::size_t>(index);
     return place < m_nodesAtPlaces.size() ? m_nodesAtPlaces[place] : nullptr;
+}
+
+PXAsnBlock *PXAsnBlock::getChild(int index, int checkType) const
+{
+    return PXAsnElement(this).getChild(index, checkType) ? childAt(index) : nullptr;
 }
 
 PXAsnBlock *PXAsnBlock::childAt(int index) const

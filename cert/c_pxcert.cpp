@@ -1,6 +1,6 @@
 #include "cert/c_pxcert.h"
 
-#include "asn/pxasn.h"
+#include "asn/pxasn_element.h"
 #include "cert/certificate_input.h"
 #include "util/c_util.h"
 #include "util/memory_edge.h"
@@ -77,9 +77,9 @@ void c_pxcert::readCertificate(QByteArray certificate)
     certificate.clear();
 
     parseTBSCertificate_basedata(&document);
-    PXAsnBlock *tbs = document.getChild(kTbsCertificate, ASN_TAG_ANY);
-    if (tbs && tbs->getChildCount() > kFieldsWithoutExtensions)
-        parseTBSCertificate_extendata(tbs->getChild(kExtensions, ASN_TAG_ANY));
+    const PXAsnElement tbs = PXAsnElement(&document).getChild(kTbsCertificate, ASN_TAG_ANY);
+    if (tbs.getChildCount() > kFieldsWithoutExtensions)
+        readExtensions(tbs.getChild(kExtensions, ASN_TAG_ANY));
 }
 
 bool c_pxcert::isCertValid() const

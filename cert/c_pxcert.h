@@ -11,6 +11,7 @@
 #include <vector>
 
 class PXAsnBlock;
+class PXAsnElement;
 
 /// The certificate model: turns one X.509 certificate (RFC 5280) into detail rows and a summary in
 /// two blocks of text, and hands both out through its signals, which are emitted from within the
@@ -108,24 +109,26 @@ signals:
     void result_normal(QString text, int block);       ///< `block` is a `Block`
 
 private:
-    using AttributeParser = bool (c_pxcert::*)(PXAsnBlock *, QString &, QString &);
     class ExtensionNames;
 
     void readCertificate(QByteArray certificate);
 
-    // One field of the TBSCertificate each; a null block is a missing field.
-    bool readVersion(PXAsnBlock *tbs, int &next); ///< `next` moves on to the field after it
-    bool readSerialNumber(PXAsnBlock *serialNumber);
-    bool readSignatureAlgorithm(PXAsnBlock *signature);
-    bool readName(PXAsnBlock *name, const char *field, QLatin1String rowKey,
-                  AttributeParser parseAttributeOf);
-    bool readValidity(PXAsnBlock *validity);
-    bool readPublicKey(PXAsnBlock *keyInfo);
-    bool parseAttribute(PXAsnBlock *attribute, QString &line, QString &value, QString &commonName,
-                        QString &organization);
+    bool readBasicFields(const PXAsnElement &tbs);
 
+    // One field of the TBSCertificate each; none is a missing field.
+    bool readVersion(const PXAsnElement &tbs, int &next); ///< `next` moves on to the field after it
+    bool readSerialNumber(const PXAsnElement &serialNumber);
+    bool readSignatureAlgorithm(const PXAsnElement &signature);
+    bool readName(const PXAsnElement &name, const char *field, QLatin1String rowKey,
+                  QString &commonName, QString &organization);
+    bool readValidity(const PXAsnElement &validity);
+    bool readPublicKey(const PXAsnElement &keyInfo);
+    bool parseAttribute(const PXAsnElement &attribute, QString &line, QString &value,
+                        QString &commonName, QString &organization);
+
+    bool readExtensions(const PXAsnElement &extensions);
     /// One extension: a row, and its purposes; neither when it has no identifier.
-    bool readExtension(const PXAsnBlock &extension, const ExtensionNames &names);
+    bool readExtension(const PXAsnElement &extension, const ExtensionNames &names);
     void addPurposes(std::vector<QString> purposes);
 
     SummaryBlock statusBlock() const;

@@ -1,7 +1,7 @@
 #include "cert/c_pxcert.h"
 
 #include "asn/leaf_text.h"
-#include "asn/pxasn.h"
+#include "asn/pxasn_element.h"
 #include "cert/display_date.h"
 #include "util/text_keys.h"
 #include "util/texts.h"
@@ -17,9 +17,9 @@ bool fail(const char *field)
 }
 
 // The object layer has looked the identifier up in the OID section already.
-QString translatedName(PXAsnBlock *identifier)
+QString translatedName(const PXAsnElement &identifier)
 {
-    return texts::raw(identifier->toString());
+    return texts::raw(identifier.toString());
 }
 
 // A single text needs no copy, however long it is.
@@ -28,16 +28,16 @@ QString joined(const QStringList &texts, QLatin1String between)
     return texts.size() == 1 ? texts.first() : texts.join(between);
 }
 
-bool readTime(PXAsnBlock *block, QDateTime &time)
+bool readTime(const PXAsnElement &element, QDateTime &time)
 {
     constexpr int kUtcTimeLength = 13;
     constexpr int kGeneralizedTimeLength = 15;
-    const QString text = block->toString();
+    const QString text = element.toString();
     if (!text.endsWith(QLatin1Char('Z')))
         return false;
-    if (block->checkTag(ASN_TAG_UTC_TIME) && text.size() == kUtcTimeLength)
+    if (element.checkTag(ASN_TAG_UTC_TIME) && text.size() == kUtcTimeLength)
         time = c_pxcert::fromUTCTime(text);
-    else if (block->checkTag(ASN_TAG_GENERALIZED_TIME) && text.size() == kGeneralizedTimeLength)
+    else if (element.checkTag(ASN_TAG_GENERALIZED_TIME) && text.size() == kGeneralizedTimeLength)
         time = c_pxcert::fromGeneralizedTime(text);
     else
         return false;
@@ -71,37 +71,43 @@ QDateTime eightHoursLater(int year, const QString &text, int monthPosition)
 
 bool c_pxcert::parseTBSCertificate_basedata(PXAsnBlock *document)
 {
-    PXAsnBlock *tbs = document ? document->getChild(0, ASN_TAG_SEQUENCE) : nullptr;
+    return document && readBasicFields(PXAsnElement(document).getChild(0, ASN_TAG_SEQUENCE));
+}
+
+// TBSCertificate ::= SEQUENCE { version, serialNumber, signature, issuer, validity, subject,
+// subjectPublicKeyInfo, ... }
+bool c_pxcert::readBasicFields(const PXAsnElement &tbs)
+{
     if (!tbs)
         return false;
     int next = 0;
     if (!readVersion(tbs, next))
         return false;
-    const bool complete = readSerialNumber(tbs->getChild(next, ASN_TAG_INTEGER)) &&
-                          readSignatureAlgorithm(tbs->getChild(next + 1, ASN_TAG_SEQUENCE)) &&
-                          readName(tbs->getChild(next + 2, ASN_TAG_SEQUENCE), "issuer",
-                                   text_keys::kIssuer, &c_pxcert::parseTBSIssuer) &&
-                          readValidity(tbs->getChild(next + 3, ASN_TAG_SEQUENCE)) &&
-                          readName(tbs->getChild(next + 4, ASN_TAG_SEQUENCE), "subject",
-                                   text_keys::kSubject, &c_pxcert::parseTBSSubject) &&
-                          readPublicKey(tbs->getChild(next + 5, ASN_TAG_SEQUENCE));
+    const bool complete = readSerialNumber(tbs.getChild(next, ASN_TAG_INTEGER)) &&
+                          readSignatureAlgorithm(tbs.getChild(next + 1, ASN_TAG_SEQUENCE)) &&
+                          readName(tbs.getChild(next + 2, ASN_TAG_SEQUENCE), "issuer",
+                                   text_keys::kIssuer, m_issuerCN, m_issuerO) &&
+                          readValidity(tbs.getChild(next + 3, ASN_TAG_SEQUENCE)) &&
+                          readName(tbs.getChild(next + 4, ASN_TAG_SEQUENCE), "subject",
+                                   text_keys::kSubject, m_subjectCN, m_subjectO) &&
+                          readPublicKey(tbs.getChild(next + 5, ASN_TAG_SEQUENCE));
     if (complete)
         qDebug("[PXCertificate::parseTBSCertificate] end");
     return complete;
 }
 
 // Version ::= INTEGER { v1(0), v2(1), v3(2) }, [0] EXPLICIT, absent in a v1 certificate.
-bool c_pxcert::readVersion(PXAsnBlock *tbs, int &next)
+bool c_pxcert::readVersion(const PXAsnElement &tbs, int &next)
 {
-    PXAsnBlock *wrapper = tbs->getChild(next, ASN_TAG_VERSION);
+    const PXAsnElement wrapper = tbs.getChild(next, ASN_TAG_VERSION);
     if (!wrapper) {
         fail("version");
         return true;
     }
-    PXAsnBlock *version = wrapper->getChild(0, ASN_TAG_INTEGER);
+    const PXAsnElement version = wrapper.getChild(0, ASN_TAG_INTEGER);
     if (!version)
         return fail("version2");
-    m_version = version->toInt();
+    m_version = version.toInt();
     // One more than the greatest number wraps.
     const int shown = static_cast<int>(static_cast<unsigned int>(m_version) + 1);
     add_node(texts::shown(text_keys::kVersion), QStringLiteral("V%1").arg(shown));
@@ -110,21 +116,22 @@ bool c_pxcert::readVersion(PXAsnBlock *tbs, int &next)
 }
 
 // CertificateSerialNumber ::= INTEGER
-bool c_pxcert::readSerialNumber(PXAsnBlock *serialNumber)
+bool c_pxcert::readSerialNumber(const PXAsnElement &serialNumber)
 {
     if (!serialNumber)
         return fail("serialNumber");
-    m_serialNumber = QString::fromLatin1(serialNumber->toByteArray().toHex());
+    m_serialNumber = QString::fromLatin1(serialNumber.toByteArray().toHex());
     add_node(texts::shown(text_keys::kSerialNumber), m_serialNumber);
     return true;
 }
 
 // signature AlgorithmIdentifier
-bool c_pxcert::readSignatureAlgorithm(PXAsnBlock *signature)
+bool c_pxcert::readSignatureAlgorithm(const PXAsnElement &signature)
 {
+    const texts::AtOnce atOnce;
     if (!signature)
         return fail("signature");
-    PXAsnBlock *algorithm = signature->getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
+    const PXAsnElement algorithm = signature.getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!algorithm)
         return fail("signature2");
     m_signatureAlgorithm = translatedName(algorithm);
@@ -134,24 +141,24 @@ bool c_pxcert::readSignatureAlgorithm(PXAsnBlock *signature)
 
 // Name ::= SEQUENCE OF SET OF AttributeTypeAndValue. Shown the other way round, so that the most
 // specific attribute comes first.
-bool c_pxcert::readName(PXAsnBlock *name, const char *field, QLatin1String rowKey,
-                        AttributeParser parseAttributeOf)
+bool c_pxcert::readName(const PXAsnElement &name, const char *field, QLatin1String rowKey,
+                        QString &commonName, QString &organization)
 {
     if (!name)
         return fail(field);
     QStringList lines;
     QStringList values;
-    for (int i = 0; i < name->getChildCount(); ++i) {
-        PXAsnBlock *relativeName = name->getChild(i, ASN_TAG_SET);
-        if (!relativeName)
+    PXAsnElement relativeName;
+    PXAsnElement attribute;
+    for (PXAsnChildren names(name); names.next(relativeName);) {
+        if (!relativeName.isOfType(ASN_TAG_SET))
             return fail("relativeDistinguishedName");
-        for (int j = 0; j < relativeName->getChildCount(); ++j) {
-            PXAsnBlock *attribute = relativeName->getChild(j, ASN_TAG_SEQUENCE);
-            if (!attribute)
+        for (PXAsnChildren attributes(relativeName); attributes.next(attribute);) {
+            if (!attribute.isOfType(ASN_TAG_SEQUENCE))
                 return fail("attributeTypeAndValue");
             QString line;
             QString value;
-            if (!(this->*parseAttributeOf)(attribute, line, value))
+            if (!parseAttribute(attribute, line, value, commonName, organization))
                 continue;
             line += QLatin1Char('\n');
             lines.prepend(line);
@@ -165,28 +172,29 @@ bool c_pxcert::readName(PXAsnBlock *name, const char *field, QLatin1String rowKe
 
 bool c_pxcert::parseTBSIssuer(PXAsnBlock *attribute, QString &line, QString &value)
 {
-    return parseAttribute(attribute, line, value, m_issuerCN, m_issuerO);
+    return parseAttribute(PXAsnElement(attribute), line, value, m_issuerCN, m_issuerO);
 }
 
 bool c_pxcert::parseTBSSubject(PXAsnBlock *attribute, QString &line, QString &value)
 {
-    return parseAttribute(attribute, line, value, m_subjectCN, m_subjectO);
+    return parseAttribute(PXAsnElement(attribute), line, value, m_subjectCN, m_subjectO);
 }
 
 // AttributeTypeAndValue ::= SEQUENCE { type OBJECT IDENTIFIER, value ANY }
-bool c_pxcert::parseAttribute(PXAsnBlock *attribute, QString &line, QString &value,
+bool c_pxcert::parseAttribute(const PXAsnElement &attribute, QString &line, QString &value,
                               QString &commonName, QString &organization)
 {
+    const texts::AtOnce atOnce;
     if (!attribute)
         return false;
-    PXAsnBlock *type = attribute->getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
+    const PXAsnElement type = attribute.getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!type)
         return fail("type");
     const QString name = translatedName(type);
-    PXAsnBlock *content = attribute->getChild(1, ASN_TAG_ANY);
+    const PXAsnElement content = attribute.getChild(1, ASN_TAG_ANY);
     if (!content)
         return fail("value");
-    value = texts::raw(content->toString());
+    value = texts::raw(content.toString());
     line = name + QLatin1String("= ") + value;
     if (name == QLatin1String("CN"))
         commonName = value;
@@ -196,17 +204,18 @@ bool c_pxcert::parseAttribute(PXAsnBlock *attribute, QString &line, QString &val
 }
 
 // Validity ::= SEQUENCE { notBefore Time, notAfter Time }. One time alone counts for nothing.
-bool c_pxcert::readValidity(PXAsnBlock *validity)
+bool c_pxcert::readValidity(const PXAsnElement &validity)
 {
+    const texts::AtOnce atOnce;
     if (!validity)
         return fail("validity");
-    PXAsnBlock *notBefore = validity->getChild(0, ASN_TAG_ANY);
+    const PXAsnElement notBefore = validity.getChild(0, ASN_TAG_ANY);
     if (!notBefore)
         return fail("notBefore");
     QDateTime start;
     if (!readTime(notBefore, start))
         return fail("notBeforeValue");
-    PXAsnBlock *notAfter = validity->getChild(1, ASN_TAG_ANY);
+    const PXAsnElement notAfter = validity.getChild(1, ASN_TAG_ANY);
     if (!notAfter)
         return fail("notAfter");
     QDateTime end;
@@ -242,23 +251,24 @@ QDateTime c_pxcert::fromGeneralizedTime(const QString &text)
 }
 
 // SubjectPublicKeyInfo ::= SEQUENCE { algorithm AlgorithmIdentifier, subjectPublicKey BIT STRING }
-bool c_pxcert::readPublicKey(PXAsnBlock *keyInfo)
+bool c_pxcert::readPublicKey(const PXAsnElement &keyInfo)
 {
-    PXAsnBlock *algorithm = keyInfo ? keyInfo->getChild(0, ASN_TAG_SEQUENCE) : nullptr;
+    const texts::AtOnce atOnce;
+    const PXAsnElement algorithm = keyInfo ? keyInfo.getChild(0, ASN_TAG_SEQUENCE) : PXAsnElement();
     if (!algorithm)
         return fail("subjectPublicKeyInfoAlgorithm");
-    PXAsnBlock *identifier = algorithm->getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
+    const PXAsnElement identifier = algorithm.getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!identifier)
         return fail("subjectPublicKeyInfoAlgorithmOID1");
     m_publicKeyAlgorithm = translatedName(identifier);
-    PXAsnBlock *curve = algorithm->getChildCount() > 1
-                            ? algorithm->getChild(1, ASN_TAG_OBJECT_IDENTIFIER)
-                            : nullptr;
+    const PXAsnElement curve = algorithm.getChildCount() > 1
+                                   ? algorithm.getChild(1, ASN_TAG_OBJECT_IDENTIFIER)
+                                   : PXAsnElement();
     m_publicKeyParameter = curve ? translatedName(curve) : QString();
-    PXAsnBlock *key = keyInfo->getChild(1, ASN_TAG_BIT_STRING);
+    const PXAsnElement key = keyInfo.getChild(1, ASN_TAG_BIT_STRING);
     if (!key)
         return fail("subjectPublicKey");
-    m_publicKey = key->contentOctets();
+    m_publicKey = key.contentOctets();
     if (m_publicKey.startsWith('\0')) // no unused bits; the count is no part of the key
         m_publicKey.remove(0, 1);
 

@@ -1,6 +1,6 @@
 #include "cert/c_pxcert.h"
 
-#include "asn/pxasn.h"
+#include "asn/pxasn_element.h"
 #include "cert/recognised_extensions.h"
 #include "util/debug_line.h"
 #include "util/texts.h"
@@ -11,25 +11,31 @@
 
 namespace {
 
+QString translatedName(const PXAsnElement &identifier)
+{
+    const texts::AtOnce atOnce;
+    return texts::raw(identifier.toString());
+}
+
 constexpr RecognisedExtension kAnyOther = {QLatin1String(), extension_texts::anyOther, nullptr};
 
 // Extension ::= SEQUENCE { extnID, critical DEFAULT FALSE, extnValue } (RFC 5280, 4.1). All that
 // follows the identifier is flattened into one list, the critical flag first.
-bool read(const PXAsnBlock &extension, const RecognisedExtension &as, extension_texts::Said &said)
+bool read(const PXAsnElement &extension, const RecognisedExtension &as, extension_texts::Said &said)
 {
     extension_texts::Values values;
     extension_texts::Items items;
     int level = 0;
-    for (int i = 1; i < extension.getChildCount(); ++i) {
-        const PXAsnBlock *part = extension.getChild(i, 0);
+    PXAsnElement part;
+    for (PXAsnChildren parts(extension, 1); parts.next(part);) {
         if (!part) {
             qDebug("[PXCertificate::parseTBSCertificate] ...tbsCertificate value fail");
             return false;
         }
         if (as.fromItems)
-            part->get_extendata_certpolicy(items, level);
+            part.get_extendata_certpolicy(items, level);
         else
-            part->get_extendata(values);
+            part.get_extendata(values);
     }
     said = as.fromItems ? as.fromItems(items) : extension_texts::Said{as.fromValues(values), {}};
     return true;
@@ -43,6 +49,7 @@ class c_pxcert::ExtensionNames
 public:
     ExtensionNames()
     {
+        const texts::AtOnce atOnce;
         for (const RecognisedExtension &extension : kRecognisedExtensions)
             m_names.push_back(texts::raw(extension.key));
     }
@@ -59,15 +66,19 @@ private:
 
 bool c_pxcert::parseTBSCertificate_extendata(PXAsnBlock *extensions)
 {
+    return readExtensions(PXAsnElement(extensions));
+}
+
+bool c_pxcert::readExtensions(const PXAsnElement &extensions)
+{
     if (!extensions)
         return false;
     const ExtensionNames names;
-    for (int i = 0; i < extensions->getChildCount(); ++i) {
-        const PXAsnBlock *list = extensions->getChild(i, 0);
-        for (int j = 0; j < list->getChildCount(); ++j) {
-            const bool isRead = readExtension(*list->getChild(j, 0), names);
-            list->release(j); // a list may hold a million
-            if (!isRead)
+    PXAsnElement list;
+    PXAsnElement extension;
+    for (PXAsnChildren lists(extensions); lists.next(list);) {
+        for (PXAsnChildren all(list); all.next(extension);) {
+            if (!readExtension(extension, names))
                 return false;
         }
     }
@@ -75,14 +86,14 @@ bool c_pxcert::parseTBSCertificate_extendata(PXAsnBlock *extensions)
     return true;
 }
 
-bool c_pxcert::readExtension(const PXAsnBlock &extension, const ExtensionNames &names)
+bool c_pxcert::readExtension(const PXAsnElement &extension, const ExtensionNames &names)
 {
-    if (extension.getChildCount() == 0)
+    if (!extension.hasChildren())
         return true;
-    const PXAsnBlock *identifier = extension.getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
+    const PXAsnElement identifier = extension.getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!identifier)
         return true;
-    const QString name = texts::raw(identifier->toString());
+    const QString name = translatedName(identifier);
     debugLine(name, " count", extension.getChildCount());
     extension_texts::Said said;
     if (!read(extension, names.named(name), said))

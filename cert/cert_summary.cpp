@@ -42,6 +42,7 @@ void addPurposeList(SummaryBlock &block, const std::vector<QString> &purposes)
 
 SummaryBlock c_pxcert::statusBlock() const
 {
+    const texts::AtOnce atOnce;
     SummaryBlock block;
     const bool isValid = isCertValid();
     if (!isValid || m_purposes.empty()) {
@@ -57,6 +58,7 @@ SummaryBlock c_pxcert::statusBlock() const
 SummaryBlock c_pxcert::identityBlock() const
 {
     constexpr int kRoomForWords = 256;
+    const texts::AtOnce atOnce;
     const QString &subject = nameOf(m_subjectCN, m_subjectO);
     const QString &issuer = nameOf(m_issuerCN, m_issuerO);
     SummaryBlock block;
