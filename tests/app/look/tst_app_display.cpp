@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <QTest>
+#include <sys/socket.h>
 
 /// The viewer's own connection to the X server: what it makes of one that is gone or lacks
 /// something.
@@ -12,6 +13,7 @@ class TestAppDisplay : public QObject
 
 private slots:
     void withoutAServer();
+    void serverThatGoes();
     void resourceThatIsNone();
     void whatTheServerLacksHarmsNobody();
 };
@@ -27,6 +29,25 @@ void TestAppDisplay::withoutAServer()
     display.watchCompositor();
     QVERIFY(!display.takeEvent());
     QVERIFY(display.isComposed()); // nothing is to be shaped where nobody knows
+}
+
+void TestAppDisplay::serverThatGoes()
+{
+    const auto leave = [](const XDisplay &display) {
+        return display.isConnected() && ::shutdown(display.descriptor(), SHUT_RDWR) == 0;
+    };
+    const XDisplay asked;
+    QVERIFY(leave(asked));
+    QCOMPARE(asked.resource("Xft.dpi"), 0);
+    QVERIFY(!asked.isConnected());
+    const XDisplay another;
+    QVERIFY(leave(another));
+    QVERIFY(another.isComposed());
+    const XDisplay last;
+    QVERIFY(leave(last));
+    last.shape(0, QRegion(0, 0, 1, 1));
+    last.unshape(0);
+    QVERIFY(!last.takeEvent());
 }
 
 void TestAppDisplay::resourceThatIsNone()
