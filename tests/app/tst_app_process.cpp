@@ -123,6 +123,7 @@ private slots:
     void appearsOnceItIsLoaded();
     void endsByKey_data();
     void endsByKey();
+    void escapeClosesAnOpenListAlone();
     void survivesItsReaders();
     void secondInstanceHandsOver_data();
     void secondInstanceHandsOver();
@@ -298,6 +299,31 @@ void TestAppProcess::endsByKey()
     const QString window = program.window();
     QVERIFY(!window.isEmpty());
     ::key(window, key.constData());
+    QCOMPARE(program.end(), 0);
+}
+
+// The toolkit's own test keys don't take the way of a real one, on which the window hears it, too.
+void TestAppProcess::escapeClosesAnOpenListAlone()
+{
+    const ViewerTree tree;
+    Program program(tree, kViewer, {example("server.pem")});
+    const QString window = program.window();
+    QVERIFY(!window.isEmpty());
+    const auto shown = [&program] {
+        return Program::xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                 QStringLiteral("--pid"), QString::number(program.id())})
+            .split(QLatin1Char('\n'))
+            .size();
+    };
+    ::key(window, "Right");
+    ::key(window, "alt+s");
+    ::key(window, "space");
+    QTRY_COMPARE(shown(), 2);
+    ::key(window, "Escape");
+    QTRY_COMPARE(shown(), 1);
+    QTest::qWait(300); // in which it would end
+    QVERIFY(program.isRunning());
+    ::key(window, "Escape");
     QCOMPARE(program.end(), 0);
 }
 
