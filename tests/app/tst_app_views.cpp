@@ -21,6 +21,7 @@
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextBlock>
 #include <sys/stat.h>
 #include <type_traits>
 #ifdef __SANITIZE_ADDRESS__
@@ -156,6 +157,11 @@ private slots:
     void hugeCells();
     void hugeWord_data();
     void hugeWord();
+    void whatACharacterTakes_data();
+    void whatACharacterTakes();
+    void theLeastOfATextIsShown();
+    void onlyAnEndlessWordBreaksAnywhere_data();
+    void onlyAnEndlessWordBreaksAnywhere();
     void hugeNumberOfLines();
     void everyRowOfANameShowsItsBeginning();
     void rowsOfANameThatFitAreShownWhole();
@@ -765,6 +771,66 @@ void TestAppViews::hugeWord()
     details.tabs->setCurrentIndex(0);
     details.window.grab();
     QVERIFY2(timer.elapsed() < 30000, qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestAppViews::whatACharacterTakes_data()
+{
+    QTest::addColumn<QChar>("character");
+    QTest::addColumn<int>("cost");
+    QTest::newRow("blank") << QChar(' ') << 1;
+    QTest::newRow("tilde") << QChar('~') << 1;
+    QTest::newRow("control") << QChar(0x7F) << TextBox::kCostOfOthers;
+    QTest::newRow("tab") << QChar('\t') << TextBox::kCostOfOthers;
+    QTest::newRow("Chinese") << QChar(0x8B49) << TextBox::kCostOfOthers;
+    QTest::newRow("end of a line") << QChar('\n') << TextBox::kCostOfLine;
+}
+
+void TestAppViews::whatACharacterTakes()
+{
+    QFETCH(QChar, character);
+    QFETCH(int, cost);
+    const int room = TextBox::kMostShown / cost;
+    for (const int length : {room, room + 1}) {
+        TextBox box;
+        box.appendTexts({QString(length, character)});
+        QCOMPARE(box.toPlainText().endsWith(QChar(0x2026)), length > room);
+    }
+}
+
+// However many there are: as many as there is room for.
+void TestAppViews::theLeastOfATextIsShown()
+{
+    constexpr int kLeast = 64;
+    TextBox box;
+    box.appendTexts(std::vector<QString>(9000, QString(2 * kLeast, QLatin1Char('x'))));
+    QCOMPARE(box.blockCount(), TextBox::kMostShown / kLeast + 1);
+    QCOMPARE(box.document()->lastBlock().previous().text(),
+             QString(kLeast, QLatin1Char('x')) + QChar(0x2026));
+    QCOMPARE(box.document()->lastBlock().text(), QString(QChar(0x2026)));
+}
+
+void TestAppViews::onlyAnEndlessWordBreaksAnywhere_data()
+{
+    constexpr int kLongest = 4096;
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("isEndless");
+    const QString longest(kLongest, QLatin1Char('x'));
+    QTest::newRow("the longest") << longest << false;
+    QTest::newRow("one more") << longest + QLatin1Char('x') << true;
+    QTest::newRow("two") << longest + QLatin1Char(' ') + longest << false;
+    QTest::newRow("held together") << longest + QChar(QChar::Nbsp) + longest << true;
+    QTest::newRow("blanks") << QString(2 * kLongest, QLatin1Char(' ')) << false;
+    QTest::newRow("wide blanks") << QString(2 * kLongest, QChar(0x2003)) << false;
+}
+
+void TestAppViews::onlyAnEndlessWordBreaksAnywhere()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, isEndless);
+    TextBox box;
+    const QTextOption::WrapMode usual = box.wordWrapMode();
+    box.appendTexts({text});
+    QCOMPARE(box.wordWrapMode(), isEndless ? QTextOption::WrapAnywhere : usual);
 }
 
 // However many lines a value has, the box lays out a number that memory has room for.
