@@ -29,6 +29,8 @@ private slots:
     void aTabThatIsGone();
     void selectorOpensItsList();
     void selectorsValueIsReadNotEdited();
+    void pagesAreGroups();
+    void aFrameAroundSomethingIsRead();
 };
 
 void TestAppAccessible::tabsAreLeaves()
@@ -120,6 +122,22 @@ void TestAppAccessible::selectorsValueIsReadNotEdited()
     QCOMPARE(text->offsetAtPoint(QPoint(0, 0)), -1);
     QCOMPARE(text->text(0, text->characterCount()), value);
     QCOMPARE(box->currentText(), value);
+}
+
+void TestAppAccessible::pagesAreGroups()
+{
+    MainWindow window;
+    for (const char *name : {"tab", "tab_2"})
+        QCOMPARE(interfaceOf(child<QWidget>(window, name))->role(), QAccessible::Grouping);
+    QCOMPARE(interfaceOf(child<QWidget>(window, "centralWidget"))->role(), QAccessible::Client);
+}
+
+void TestAppAccessible::aFrameAroundSomethingIsRead()
+{
+    const MainWindow window;
+    QFrame frame;
+    frame.setFrameShape(QFrame::Box);
+    QVERIFY(interfaceOf(&frame)->role() != QAccessible::Whitespace);
 }
 
 QTEST_MAIN(TestAppAccessible)

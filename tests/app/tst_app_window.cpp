@@ -1,5 +1,6 @@
 #include "app/look/program_look.h"
 #include "app/look/window_style.h"
+#include "app/title_translation.h"
 #include "tests/app/widgets.h"
 #include "ui_mainwindow.h"
 
@@ -76,6 +77,7 @@ private slots:
     void formHasItsOwnPlacesAndTexts_data();
     void formHasItsOwnPlacesAndTexts();
     void formKeepsItsTitle();
+    void onlyTheTitleIsTranslated();
     void windowIsFixedAndFrameless();
     void slotsStandInOrder();
     void placesOfNamedWidgets_data();
@@ -202,6 +204,18 @@ void TestAppWindow::formKeepsItsTitle()
     for (const QPlainTextEdit *box : boxes)
         QVERIFY2(box->isReadOnly(), qPrintable(box->objectName()));
     QCOMPARE(form.tableWidget_detailinfo->selectionMode(), QAbstractItemView::SingleSelection);
+}
+
+void TestAppWindow::onlyTheTitleIsTranslated()
+{
+    const MainWindow window;
+    const QTranslator *translation = window.findChild<TitleTranslation *>();
+    QVERIFY(translation);
+    QCOMPARE(translation->translate("MainWindow", "证书查看器"), shown(text_keys::kWindowTitle));
+    QCOMPARE(translation->translate("MainWindow", "常规"), QString());
+    QCOMPARE(translation->translate("Another", "证书查看器"), QString());
+    QCOMPARE(translation->translate("Another", "常规"), QString());
+    QVERIFY(!translation->isEmpty());
 }
 
 void TestAppWindow::windowIsFixedAndFrameless()

@@ -122,6 +122,7 @@ private slots:
     void sendingWithoutAsking();
     void runtimeDirectory_data();
     void runtimeDirectory();
+    void longestRuntimeDirectory();
     void temporaryFolder_data();
     void temporaryFolder();
     void lockThatCannotBeTaken_data();
@@ -368,6 +369,22 @@ void TestInstanceProcesses::runtimeDirectory()
     QCOMPARE(second.become(), QByteArray("second sent"));
     QVERIFY(second.endsWell());
     QVERIFY(first.notices().isEmpty());
+}
+
+// A socket's address holds 107 octets and the end of the text.
+void TestInstanceProcesses::longestRuntimeDirectory()
+{
+    const QString name = QFileInfo(lockFileIn(inside("run"))).completeBaseName();
+    for (const int length : {107, 108}) {
+        const auto missing = length - m_root->path().size() - name.size() - 2 - 7;
+        const QString folder =
+            m_root->path() + QLatin1Char('/') + QString(missing, QLatin1Char('x'));
+        QCOMPARE(::mkdir(folder.toLocal8Bit().constData(), 0700), 0);
+        qputenv("XDG_RUNTIME_DIR", folder.toLocal8Bit());
+        const InstanceLock lock(QStringLiteral("probe of the guard"));
+        QCOMPARE(lock.socketPath().size() == length && lock.socketPath().startsWith(folder),
+                 length == 107);
+    }
 }
 
 void TestInstanceProcesses::temporaryFolder_data()
