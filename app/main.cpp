@@ -25,7 +25,7 @@ int main(int argc, char *argv[])
     rememberStartDirectory();
     const QString id = QStringLiteral("PXViewCertTool   master application");
     const QString message = QStringLiteral("raise_window_noop");
-    if (handOver(id, message, argc, argv))
+    if (handOver(id, message))
         return 0;
     program_look::chooseDisplay();
     program_look::leaveOutTheUnused();

@@ -1,6 +1,6 @@
 # How tests are added: programs, what they need, and how CTest runs them.
 include_guard(GLOBAL)
-find_package(Qt${PX_QT_MAJOR} REQUIRED COMPONENTS Test)
+find_package(Qt${PX_QT_MAJOR} REQUIRED COMPONENTS Test Network)
 
 # The tests' own install tree: a program in tests/bin finds core, texts and settings as the viewer
 # does.
@@ -47,12 +47,12 @@ endfunction()
 # px_precompile(<target>): the target takes the precompiled headers of its kind, where it is of one.
 function(px_precompile target)
     get_target_property(libraries ${target} LINK_LIBRARIES)
-    if(NOT TARGET px_precompiled_core)
+    if(NOT TARGET px_precompiled_core OR libraries MATCHES Network)
         return()
     endif()
     if(pxapp IN_LIST libraries)
         target_precompile_headers(${target} REUSE_FROM px_precompiled_window)
-    elseif(NOT libraries MATCHES "Widgets|Gui|Network")
+    elseif(NOT libraries MATCHES "Widgets|Gui")
         target_precompile_headers(${target} REUSE_FROM px_precompiled_core)
     endif()
 endfunction()

@@ -27,7 +27,7 @@ public:
     }
 
     QString path() const { return m_directory.filePath(QStringLiteral("socket")); }
-    int clients() const { return static_cast<int>(m_server.findChildren<QLocalSocket *>().size()); }
+    int clients() const { return static_cast<int>(m_server.children().size()); }
 
     Messages heard;
 

@@ -3,17 +3,15 @@
 #include "app/instance/instance_channel.h"
 #include "app/instance/instance_lock.h"
 
-#include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDebug>
 
-bool handOver(const QString &id, const QString &message, int &argc, char **argv)
+bool handOver(const QString &id, const QString &message)
 {
     constexpr int kPatienceMs = 4000;
     InstanceLock lock(id);
     if (lock.acquire() != InstanceLock::Result::HeldByAnother)
-        return false;                               // and what was locked is free again
-    const QCoreApplication application(argc, argv); // the socket needs one
+        return false; // and what was locked is free again
     qDebug("this is already running");
     sendToInstance(lock.socketPath(), message, QDeadlineTimer(kPatienceMs));
     return true;

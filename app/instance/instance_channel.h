@@ -1,11 +1,14 @@
 #pragma once
 
+#include "util/file_descriptor.h"
+
+#include <memory>
+#include <QByteArray>
 #include <QDeadlineTimer>
-#include <QLocalServer>
 #include <QObject>
 #include <QString>
 
-class QLocalSocket;
+class QSocketNotifier;
 
 /// How messages travel between instances: a connection carries one message, as its length in octets
 /// (32 bits, high octet first), then that many octets of UTF-8. The receiver answers with one octet
@@ -16,13 +19,15 @@ constexpr int kMaxMessageSize = 64 * 1024;
 constexpr char kAcknowledge = 6;
 } // namespace instance_channel
 
-/// The running instance's end. It never waits for a client: broken and idle ones are dropped.
+/// The running instance's end. It never waits for a client: broken and idle ones are dropped. Its
+/// children are the clients whose messages are not there yet.
 class InstanceServer : public QObject
 {
     Q_OBJECT
 
 public:
     InstanceServer();
+    ~InstanceServer() override;
 
     /// Listens at `socketPath`, for this user only. What lies there is taken for the socket of an
     /// instance that was killed and removed, so only the lock's holder may call this.
@@ -36,9 +41,11 @@ signals:
 
 private:
     void acceptClients();
-    void serve(QLocalSocket *client);
 
-    QLocalServer m_server;
+    FileDescriptor m_socket;
+    std::unique_ptr<QSocketNotifier> m_news;
+    QByteArray m_path; ///< of the socket; empty while there is none
+    QString m_errorText;
 };
 
 /// Delivers the message to the instance that listens, or soon will listen, at `socketPath`, and

@@ -4,14 +4,17 @@
 
 #include <algorithm>
 #include <atomic>
+#include <ctime>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QLocalServer>
 #include <QLocalSocket>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <QTest>
 #include <QTimer>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -100,6 +103,7 @@ private slots:
     void clientThatLeavesAtOnceIsHeard();
     void receiverMayBlockInItsSlot();
     void anotherAnswerIsNone();
+    void serverIsQuietWithoutDescriptors();
 
 private:
     QScopedPointer<QTemporaryDir> m_directory;
@@ -288,7 +292,7 @@ void TestInstanceChannel::brokenClientsDelayNobody()
         QTest::qWait(1);
     }
     // However many come, few are kept.
-    QTRY_VERIFY_WITH_TIMEOUT(server.findChildren<QLocalSocket *>().size() <= 64, 1000);
+    QTRY_VERIFY_WITH_TIMEOUT(server.children().size() <= 64, 1000);
     QElapsedTimer timer;
     timer.start();
     QVERIFY(sendWhileServing(m_path, QStringLiteral("good")));
@@ -308,10 +312,10 @@ void TestInstanceChannel::theOldestOfTooManyClientsIsDropped()
         QTest::qWait(1);
     };
     std::for_each(clients.begin(), clients.end() - 1, come);
-    QTRY_COMPARE(server.findChildren<QLocalSocket *>().size(), kKept);
+    QTRY_COMPARE(server.children().size(), kKept);
     come(clients.back());
     QTRY_COMPARE(clients.front().state(), QLocalSocket::UnconnectedState);
-    QCOMPARE(server.findChildren<QLocalSocket *>().size(), kKept);
+    QCOMPARE(server.children().size(), kKept);
     QCOMPARE(clients.at(1).state(), QLocalSocket::ConnectedState);
 }
 
@@ -334,7 +338,7 @@ void TestInstanceChannel::idleClientsAreDropped()
     client.connectToServer(m_path);
     client.write(header(10) + "12345");
     QTRY_COMPARE_WITH_TIMEOUT(client.state(), QLocalSocket::UnconnectedState, 10000);
-    QTRY_COMPARE(server.findChildren<QLocalSocket *>().size(), 0);
+    QTRY_COMPARE(server.children().size(), 0);
 }
 
 void TestInstanceChannel::oneMessageAConnection()
@@ -392,6 +396,29 @@ void TestInstanceChannel::anotherAnswerIsNone()
     connect(&server, &QLocalServer::newConnection, this,
             [&server] { server.nextPendingConnection()->write("x"); });
     QVERIFY(!sendWhileServing(m_path, QStringLiteral("message"), 500));
+}
+
+// A client that can't be taken in stays at the door.
+void TestInstanceChannel::serverIsQuietWithoutDescriptors()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    QLocalSocket client;
+    client.connectToServer(m_path);
+    client.write(header(3) + "one");
+    QVERIFY(client.flush());
+    rlimit usual = {};
+    QCOMPARE(::getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const rlimit none = {3, usual.rlim_max}; // below all that are open
+    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const std::clock_t begin = std::clock();
+    QTest::qWait(1000);
+    const std::clock_t used = std::clock() - begin;
+    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &usual), 0);
+    QVERIFY(received.isEmpty());
+    QVERIFY2(used < CLOCKS_PER_SEC / 4, QByteArray::number(qlonglong(used)).constData());
+    QTRY_COMPARE_WITH_TIMEOUT(received.size(), 1, 20000);
 }
 
 QTEST_GUILESS_MAIN(TestInstanceChannel)
