@@ -68,6 +68,18 @@ QItemSelectionModel::SelectionFlags RowTable::selectionCommand(const QModelIndex
     return QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows;
 }
 
+void RowTable::showEvent(QShowEvent *event)
+{
+    makeRoomForNames(this, 0);
+    QTableWidget::showEvent(event);
+}
+
+void RowTable::updateGeometries()
+{
+    if (isVisible())
+        QTableWidget::updateGeometries();
+}
+
 void RowTable::moveBy(QKeyEvent *event)
 {
     const int row = qMax(currentRow(), 0);

@@ -23,6 +23,8 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     QItemSelectionModel::SelectionFlags
     selectionCommand(const QModelIndex &index, const QEvent *event = nullptr) const override;
+    void showEvent(QShowEvent *event) override;
+    void updateGeometries() override;
 
 private:
     void copyRow() const;

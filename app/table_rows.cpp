@@ -3,6 +3,7 @@
 #include "app/look/visible_text.h"
 #include "cert/detail_node.h"
 
+#include <QHeaderView>
 #include <QTableWidget>
 
 namespace {
@@ -36,13 +37,8 @@ public:
     }
 };
 
-// Only where people look: measuring each of a million rows would take far longer than showing them.
 void makeRoomForName(QTableWidget *table, int row)
 {
-    constexpr int kMostMeasured = 200;
-    if (row >= kMostMeasured)
-        return;
-    table->ensurePolished(); // the font is that of the style sheet
     QStyleOptionViewItem option;
     option.initFrom(table);
     option.font = table->font();
@@ -51,7 +47,7 @@ void makeRoomForName(QTableWidget *table, int row)
     option.rect.setWidth(table->columnWidth(kNameColumn));
     const int needed =
         table->itemDelegate()->sizeHint(option, table->model()->index(row, kNameColumn)).height();
-    const int oneLine = table->rowHeight(row);
+    const int oneLine = table->verticalHeader()->defaultSectionSize();
     const int margins = oneLine - option.fontMetrics.height();
     table->setRowHeight(row, qBound(oneLine, needed + margins, 4 * oneLine));
 }
@@ -66,7 +62,18 @@ void appendRow(QTableWidget *table, const detail_node &node)
     name->setData(kFullValueRole, node.full_value);
     table->setItem(row, kNameColumn, name);
     table->setItem(row, kValueColumn, new Cell(node.value));
-    makeRoomForName(table, row);
+    if (table->isVisible())
+        makeRoomForNames(table, row);
+}
+
+void makeRoomForNames(QTableWidget *table, int first)
+{
+    // Only where people look: measuring each of a million rows would take far longer than showing
+    // them.
+    constexpr int kMostMeasured = 200;
+    const int end = qMin(table->rowCount(), kMostMeasured);
+    for (int row = first; row < end; ++row)
+        makeRoomForName(table, row);
 }
 
 QString RowDelegate::displayText(const QVariant &value, const QLocale &locale) const

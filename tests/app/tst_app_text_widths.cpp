@@ -220,7 +220,8 @@ void TestAppTextWidths::columns()
 {
     MainWindow window;
     auto *table = child<QTableWidget>(window, "tableWidget_detailinfo");
-    QVERIFY(table);
+    child<QTabWidget>(window, "tabWidget")->setCurrentIndex(1);
+    window.show();
     const int margin =
         table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, table) + 1;
     const int room = table->columnWidth(0) - 2 * margin;

@@ -131,7 +131,7 @@ private slots:
     void aLastLineEndIsNotMarkedAsCutOff();
     void aValueIsOneLine_data();
     void aValueIsOneLine();
-    void rowsAreAsHighBeforeTheWindowIsShown();
+    void rowsAreAsHighWhicheverWayTheirPageIsShown();
     void onlyTheFirstRowsTakeTheirNamesHeight();
     void aNameTakesFourLinesAtMost();
     void clickOnTheEmptyAreaShowsNothing();
@@ -423,18 +423,29 @@ void TestAppViews::aValueIsOneLine()
     QCOMPARE(blank.table->viewport()->grab(cell).toImage(), image);
 }
 
-// A certificate is loaded before the window is shown, and then once more by the selector.
-void TestAppViews::rowsAreAsHighBeforeTheWindowIsShown()
+// A certificate is loaded before the window is shown, which begins with the other page.
+void TestAppViews::rowsAreAsHighWhicheverWayTheirPageIsShown()
 {
     MainWindow window;
     auto *table = child<QTableWidget>(window, "tableWidget_detailinfo");
-    window.result_detail({row(kLongName, "value", "full", 0)});
-    const int height = table->rowHeight(0);
-    QVERIFY(height > table->verticalHeader()->defaultSectionSize());
+    auto *tabs = child<QTabWidget>(window, "tabWidget");
+    window.result_detail({row(kLongName, "value", "full", 0), row("name", "value", "full", 0)});
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
+    tabs->setCurrentIndex(1);
+    const int height = table->rowHeight(0);
+    const int oneLine = table->verticalHeader()->defaultSectionSize();
+    QVERIFY(height > oneLine);
+    QCOMPARE(table->rowHeight(1), oneLine);
+    tabs->setCurrentIndex(0);
+    tabs->setCurrentIndex(1);
+    QCOMPARE(table->rowHeight(0), height);
     child<QComboBox>(window, "comboBox_selection")->setCurrentIndex(1);
     QCOMPARE(table->rowHeight(0), height);
+    tabs->setCurrentIndex(0);
+    window.result_detail({row(kLongName, "value", "full", 0)});
+    tabs->setCurrentIndex(1);
+    QCOMPARE(table->rowHeight(table->rowCount() - 1), height);
 }
 
 void TestAppViews::onlyTheFirstRowsTakeTheirNamesHeight()
