@@ -2,15 +2,33 @@
 
 #include "app/look/x_display.h"
 
-#include <QBitmap>
+#include <algorithm>
 #include <QCursor>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QImage>
 #include <QSocketNotifier>
+#include <QVector>
 #include <QWidget>
 
 namespace {
+
+bool isOpaque(QRgb pixel)
+{
+    constexpr int kHalf = 128;
+    return qAlpha(pixel) >= kHalf;
+}
+
+// What is opaque of the line, which lies side by side; empty when nothing is.
+QRect opaquePart(const QImage &image, int line)
+{
+    const auto *begin = reinterpret_cast<const QRgb *>(image.constScanLine(line));
+    const auto *end = begin + image.width();
+    const auto *first = std::find_if(begin, end, isOpaque);
+    while (end != first && !isOpaque(end[-1]))
+        --end;
+    return {static_cast<int>(first - begin), line, static_cast<int>(end - first), 1};
+}
 
 // In the display's own pixels, which the toolkit's masks are not: at a fractional scale they leave
 // gaps.
@@ -21,9 +39,18 @@ QRegion opaquePart(QWidget *window)
     image.setDevicePixelRatio(ratio);
     image.fill(Qt::transparent);
     window->render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
-    QImage mask = image.createAlphaMask();
-    mask.setDevicePixelRatio(1);
-    return QRegion(QBitmap::fromImage(mask));
+    QVector<QRect> parts; // a rectangle for lines that are alike
+    for (int y = 0; y < image.height(); ++y) {
+        const QRect part = opaquePart(image, y);
+        if (!parts.isEmpty() && parts.last().bottomRight() + QPoint(0, 1) == part.bottomRight() &&
+            parts.last().left() == part.left())
+            parts.last().setBottom(y);
+        else if (!part.isEmpty())
+            parts.append(part);
+    }
+    QRegion region;
+    region.setRects(parts.constData(), static_cast<int>(parts.size()));
+    return region;
 }
 
 } // namespace
