@@ -30,10 +30,12 @@ int main(int argc, char *argv[])
     program_look::chooseDisplay();
     program_look::leaveOutTheUnused();
     ScreenScale scale({window_style::kWidth, window_style::kHeight});
+    const auto fonts = program_look::readFontsAhead();
     std::optional<QtSingleApplication> application;
-    do
+    do {
         application.emplace(id, argc, argv);
-    while (scale.isWrong());
+        fonts.wait();
+    } while (scale.isWrong());
     if (application->isRunning()) {
         qDebug("this is already running");
         application->sendMessage(message, 4000);

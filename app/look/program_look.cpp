@@ -1,5 +1,9 @@
 #include "app/look/program_look.h"
 
+#include "app/look/window_style.h"
+
+#include <clocale>
+#include <fontconfig/fontconfig.h>
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFont>
@@ -120,12 +124,25 @@ void leaveOutTheUnused()
     QGuiApplication::setDesktopSettingsAware(false);
 }
 
+std::future<void> readFontsAhead()
+{
+    std::setlocale(LC_ALL, ""); // which decides how numbers are read, and must not change meanwhile
+    return std::async([] { FcInit(); });
+}
+
 void dress()
 {
     const QPalette palette = lightPalette();
     QApplication::setStyle(new SkinStyle);
     QApplication::setPalette(palette);
     QToolTip::setPalette(palette);
+    // Of the style sheets' size, so that none is opened for what they have not reached yet. Tool
+    // tips keep the desktop's.
+    const QFont tips = QApplication::font();
+    QFont font(skinFont());
+    font.setPixelSize(window_style::kTextPixelSize);
+    QApplication::setFont(font);
+    QToolTip::setFont(tips);
 }
 
 void substituteFonts(const QString &section)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <future>
 #include <QString>
 
 /// What makes the program look the same on every desktop.
@@ -14,8 +15,13 @@ void chooseDisplay();
 /// To be called before the application object is made.
 void leaveOutTheUnused();
 
-/// Widget style and colours of the program's own: its skin is a light one, whatever the desktop's
-/// theme is.
+/// Begins to read which fonts there are, a tenth of the start, beside whoever calls, who sets no
+/// variable of the environment up to its end. To be waited for before the toolkit needs a font, or
+/// it would begin anew. Takes on the user's locale, as the application object does.
+std::future<void> readFontsAhead();
+
+/// Widget style, colours and font of the program's own: its skin is a light one, whatever the
+/// desktop's theme is.
 void dress();
 
 /// Names the fonts that stand in for the style sheets' font, which Linux desktops lack, best first

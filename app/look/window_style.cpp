@@ -84,7 +84,8 @@ void backgroundPatches(const QSize &window, const QRect &centre, Patch (&patches
 
 QString textStyle(float scale)
 {
-    return filled("font-size:%1px;font-Family:Microsoft YaHei;color:#333333;", {14}, scale);
+    return filled("font-size:%1px;font-Family:Microsoft YaHei;color:#333333;", {kTextPixelSize},
+                  scale);
 }
 
 // The negative paddings and margin pull the tab labels together.

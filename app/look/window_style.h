@@ -13,6 +13,7 @@ namespace window_style {
 constexpr int kWidth = 436;
 constexpr int kHeight = 697;
 constexpr int kCaptionPointSize = 13;
+constexpr int kTextPixelSize = 14;
 constexpr int kButtonPixelSize = 14;
 constexpr int kButtonHeight = 30;
 constexpr int kTabMarginLeft = -10;

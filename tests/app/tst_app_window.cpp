@@ -14,6 +14,7 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QTest>
+#include <QToolTip>
 
 using texts::shown;
 
@@ -105,6 +106,8 @@ private slots:
     void centring();
     void dragArea_data();
     void dragArea();
+    void tableThatWasResizedWhileHidden();
+    void tipsKeepTheDesktopsFont();
 };
 
 void TestAppWindow::formHoldsTwelveWidgetsInOrder()
@@ -680,6 +683,30 @@ void TestAppWindow::dragArea()
     QFETCH(QPoint, point);
     QFETCH(bool, inside);
     QCOMPARE(window_style::dragArea(QSize(436, 697)).contains(point), inside);
+}
+
+void TestAppWindow::tableThatWasResizedWhileHidden()
+{
+    MainWindow window;
+    auto *table = child<QTableWidget>(window, "tableWidget_detailinfo");
+    auto *tabs = child<QTabWidget>(window, "tabWidget");
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    tabs->setCurrentIndex(1);
+    tabs->setCurrentIndex(0);
+    table->resize(300, 200);
+    tabs->setCurrentIndex(1);
+    QCOMPARE(table->columnWidth(1), table->viewport()->width() - 142);
+    QVERIFY(table->viewport()->width() <= 300);
+}
+
+// Dressed, the program has a font of its own.
+void TestAppWindow::tipsKeepTheDesktopsFont()
+{
+    const QFont usual = QToolTip::font();
+    program_look::dress();
+    QVERIFY(QApplication::font() != usual);
+    QCOMPARE(QToolTip::font(), usual);
 }
 
 QTEST_MAIN(TestAppWindow)
