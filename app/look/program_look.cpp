@@ -6,10 +6,12 @@
 #include <fontconfig/fontconfig.h>
 #include <QAbstractScrollArea>
 #include <QApplication>
+#include <QFile>
 #include <QFont>
 #include <QPainter>
 #include <QPalette>
 #include <QProxyStyle>
+#include <QStandardPaths>
 #include <QStringList>
 #include <QStyleOption>
 #include <QToolTip>
@@ -106,6 +108,14 @@ const QString &skinFont()
     return name;
 }
 
+// By its address, in the user's own folder, or by asking a program that knows of one or starts it.
+bool mayFindSessionBus()
+{
+    return !qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") ||
+           QFile::exists(QFile::decodeName(qgetenv("XDG_RUNTIME_DIR")) + QLatin1String("/bus")) ||
+           !QStandardPaths::findExecutable(QStringLiteral("dbus-launch")).isEmpty();
+}
+
 } // namespace
 
 void chooseDisplay()
@@ -122,6 +132,9 @@ void leaveOutTheUnused()
         qputenv("QT_XCB_GL_INTEGRATION", "none");
     // Nor does anything here look like the desktop's theme, which brings all of another toolkit.
     QGuiApplication::setDesktopSettingsAware(false);
+    // A process of its own would look for that program, and the start wait for it: 2 ms.
+    if (!mayFindSessionBus())
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
 }
 
 std::future<void> readFontsAhead()

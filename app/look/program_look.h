@@ -12,7 +12,8 @@ void chooseDisplay();
 
 /// Keeps the toolkit from loading, at every start, what the window has no use for: OpenGL and the
 /// desktop's theme. One that the user named in the toolkit's own variables is loaded all the same.
-/// To be called before the application object is made.
+/// Nor does it look for a session bus where there is none. To be called before the application
+/// object is made.
 void leaveOutTheUnused();
 
 /// Begins to read which fonts there are, a tenth of the start, beside whoever calls, who sets no

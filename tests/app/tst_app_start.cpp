@@ -1,6 +1,7 @@
 #include "tests/app/viewer_tree.h"
 
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTest>
 
 namespace {
@@ -20,6 +21,17 @@ QStringList loaded(const Program &program, const char *pattern)
         return {QStringLiteral("unknown")};
     const QStringList lines = QString::fromLocal8Bit(maps.readAll()).split(QLatin1Char('\n'));
     return lines.filter(QRegularExpression(QLatin1String(pattern)));
+}
+
+// How many page faults the program's ended children had: a number, which is 0 when there were none.
+QByteArray faultsOfChildren(const Program &program)
+{
+    constexpr int kPlace = 8; // of cminflt, behind the name
+    QFile file(QStringLiteral("/proc/%1/stat").arg(program.id()));
+    if (!file.open(QIODevice::ReadOnly))
+        return "unknown";
+    const QByteArray line = file.readAll();
+    return line.mid(line.lastIndexOf(')') + 2).split(' ').value(kPlace);
 }
 
 const char *const kOpenGl = "xcbglintegrations|libGLX_|_dri\\.so";
@@ -73,6 +85,8 @@ class TestAppStart : public QObject
 private slots:
     void loadsNeitherOpenGlNorTheDesktopsTheme();
     void leavesOpenGlToTheUser();
+    void looksForNoBusWhereThereIsNone();
+    void asksWhoStartsABus();
     void secondStartAsksForNoDisplay();
     void windowAppears_data();
     void windowAppears();
@@ -101,6 +115,32 @@ void TestAppStart::leavesOpenGlToTheUser()
     Program program(tree, kViewer, certificate());
     QVERIFY(!program.window().isEmpty());
     QVERIFY(!loaded(program, kOpenGl).isEmpty());
+}
+
+void TestAppStart::looksForNoBusWhereThereIsNone()
+{
+    if (!QStandardPaths::findExecutable(QStringLiteral("dbus-launch")).isEmpty())
+        QSKIP("dbus-launch, which starts one, is installed");
+    ViewerTree tree;
+    tree.environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    Program program(tree, kViewer, certificate());
+    QVERIFY(!program.window().isEmpty());
+    QCOMPARE(faultsOfChildren(program), QByteArray("0"));
+}
+
+void TestAppStart::asksWhoStartsABus()
+{
+    ViewerTree tree;
+    QVERIFY(QDir().mkdir(tree.path("path")));
+    QVERIFY(tree.write("path/dbus-launch", "#!/bin/sh\n: >\"${0%/*}/asked\"\n"));
+    QVERIFY(QFile::setPermissions(tree.path("path/dbus-launch"),
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    tree.environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    tree.environment.insert(QStringLiteral("PATH"), tree.path("path"));
+    Program program(tree, kViewer, certificate());
+    QVERIFY(!program.window().isEmpty());
+    QVERIFY(QFile::exists(tree.path("path/asked")) ||
+            QFile::exists(QStringLiteral("/usr/bin/dbus-launch")));
 }
 
 void TestAppStart::secondStartAsksForNoDisplay()
