@@ -1,5 +1,6 @@
 #include "tests/app/widgets.h"
 
+#include <memory>
 #include <QAbstractItemView>
 #include <QAccessible>
 #include <QComboBox>
@@ -27,6 +28,8 @@ class TestAppAccessible : public QObject
 private slots:
     void tabsAreLeaves();
     void aTabThatIsGone();
+    void tabsGoWithTheirBar();
+    void tabsAreSeenWithTheirBar();
     void selectorOpensItsList();
     void selectorsValueIsReadNotEdited();
     void pagesAreGroups();
@@ -74,6 +77,27 @@ void TestAppAccessible::aTabThatIsGone()
     QCOMPARE(tab->rect(), QRect());
     tab->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     QCOMPARE(bar.currentIndex(), 0);
+}
+
+void TestAppAccessible::tabsGoWithTheirBar()
+{
+    const MainWindow window;
+    auto bar = std::make_unique<QTabBar>();
+    bar->addTab(QStringLiteral("tab"));
+    const QAccessible::Id tab = QAccessible::uniqueId(interfaceOf(bar.get())->child(0));
+    QVERIFY(QAccessible::accessibleInterface(tab));
+    bar.reset();
+    QVERIFY(!QAccessible::accessibleInterface(tab));
+}
+
+void TestAppAccessible::tabsAreSeenWithTheirBar()
+{
+    MainWindow window;
+    const QAccessibleInterface *tab =
+        interfaceOf(child<QTabWidget>(window, "tabWidget")->tabBar())->child(1);
+    QVERIFY(tab->state().invisible);
+    window.show();
+    QVERIFY(!tab->state().invisible);
 }
 
 void TestAppAccessible::selectorOpensItsList()

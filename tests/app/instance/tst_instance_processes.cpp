@@ -129,6 +129,7 @@ private slots:
     void lockThatCannotBeTaken();
     void temporaryPathTooLongForASocket();
     void missingTemporaryFolder();
+    void theReasonIsTheSystems();
 
 private:
     QString inside(const char *name) const { return m_root->filePath(QLatin1String(name)); }
@@ -505,6 +506,29 @@ void TestInstanceProcesses::missingTemporaryFolder()
         lock.socketPath().startsWith(QStringLiteral("/tmp/orvane-instance-%1/").arg(::geteuid())),
         qPrintable(lock.socketPath()));
     QVERIFY(QDir(inside("run")).isEmpty());
+}
+
+// For a user like any other; to the administrator alone, what was never asked belongs as well.
+void TestInstanceProcesses::theReasonIsTheSystems()
+{
+    constexpr uid_t kNobody = 65534;
+    const uid_t before = ::geteuid();
+    const QByteArray oldFolder = qgetenv("TMPDIR");
+    for (const QString &folder : {m_root->path(), inside("tmp")})
+        QCOMPARE(::chmod(folder.toLocal8Bit().constData(), 0755), 0);
+    const uid_t user = before == 0 ? kNobody : before;
+    QFile file(inside("tmp") + QStringLiteral("/orvane-instance-%1").arg(user));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    qputenv("TMPDIR", inside("tmp").toLocal8Bit());
+    qunsetenv("XDG_RUNTIME_DIR");
+    QCOMPARE(::seteuid(user), 0);
+    InstanceLock lock(QStringLiteral("probe of the guard"));
+    const InstanceLock::Result result = lock.acquire();
+    QCOMPARE(::seteuid(before), 0);
+    qputenv("TMPDIR", oldFolder);
+    QCOMPARE(result, InstanceLock::Result::Unavailable);
+    QVERIFY(lock.errorText().startsWith(file.fileName() + QStringLiteral(": ")));
+    QVERIFY(!lock.errorText().endsWith(QLatin1String("Operation not permitted")));
 }
 
 QTEST_GUILESS_MAIN(TestInstanceProcesses)
