@@ -472,8 +472,15 @@ void TestAppViews::clickOnTheEmptyAreaShowsNothing()
     details.window.result_detail({row("a", "1", "full", 0)});
     const QPoint below(20, details.table->viewport()->height() - 5);
     QVERIFY(!details.table->indexAt(below).isValid());
-    QTest::mouseClick(details.table->viewport(), Qt::LeftButton, Qt::NoModifier, below);
+    const auto clickBelow = [&] {
+        QTest::mouseClick(details.table->viewport(), Qt::LeftButton, Qt::NoModifier, below);
+    };
+    clickBelow();
     QCOMPARE(details.detail(), QString());
+    details.click(0, 0);
+    clickBelow();
+    QCOMPARE(details.detail(), QStringLiteral("full"));
+    QVERIFY(details.table->item(0, 0)->isSelected());
 }
 
 void TestAppViews::namesAreComparedExactly()

@@ -3,6 +3,7 @@
 // toolkit knows any but UTF-8.
 
 #include "app/mainwindow.h"
+#include "app/text_box.h"
 
 #include <cstdio>
 #include <QApplication>
@@ -39,6 +40,8 @@ int main(int argc, char **argv)
     auto *selector = window.findChild<QComboBox *>();
     for (int i = 0; i < selector->count(); ++i)
         say("entry", selector->itemText(i));
+    say("spoken",
+        window.findChild<TextBox *>(QStringLiteral("plainTextEdit_normal"))->accessibleName());
     const QStringList fonts = QFont::substitutes(QStringLiteral("Microsoft YaHei"));
     say("font", fonts.value(0).toLower()); // the toolkit may have lowered it
     return 0;
