@@ -4,9 +4,11 @@
 #include "asn/octet_view.h"
 #include "core/core_calls.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <new>
 #include <QDebug>
+#include <utility>
 
 namespace {
 
@@ -34,14 +36,11 @@ PXAsnBlock::~PXAsnBlock()
 
 int PXAsnBlock::load(stASN_BLOCK_HEADER *block)
 {
-    if (!block)
+    std::vector<stASN_BLOCK_HEADER *> nodes = childrenOf(block);
+    if (!block || std::count(nodes.begin(), nodes.end(), nullptr) > 0)
         return 0;
-    for (const stASN_CHILD_CELL *cell = ASNFirstCell(block); cell; cell = cell->next) {
-        if (!cell->child)
-            return 0;
-    }
     const bool isLoaded = !listChild.isEmpty();
-    addPlaces(block);
+    addPlaces(std::move(nodes));
     node = block; // what throws has thrown by now
     if (isLoaded || document() != this)
         shareNodes();

@@ -135,7 +135,8 @@ private:
     friend class PXAsnElement;
     friend class PXAsnChildren;
 
-    void addPlaces(const stASN_BLOCK_HEADER *block);
+    static std::vector<stASN_BLOCK_HEADER *> childrenOf(const stASN_BLOCK_HEADER *block);
+    void addPlaces(std::vector<stASN_BLOCK_HEADER *> nodes);
     stASN_BLOCK_HEADER *nodeAtPlace(int index) const;
     PXAsnBlock *childAt(int index) const;
     void makeChildren();

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -43,18 +44,27 @@ void PXAsnBlock::deleteChildren()
     }
 }
 
-void PXAsnBlock::addPlaces(const stASN_BLOCK_HEADER *block)
+// In one walk: of millions, the cells take far longer to come by than what is made of them.
+std::vector<stASN_BLOCK_HEADER *> PXAsnBlock::childrenOf(const stASN_BLOCK_HEADER *block)
 {
-    auto count = static_cast<std::size_t>(listChild.count());
-    m_nodesAtPlaces.resize(count, nullptr);
+    std::vector<stASN_BLOCK_HEADER *> nodes;
     for (const stASN_CHILD_CELL *cell = ASNFirstCell(block); cell; cell = cell->next)
-        ++count;
-    m_nodesAtPlaces.reserve(count);
+        nodes.push_back(cell->child);
+    return nodes;
+}
+
+void PXAsnBlock::addPlaces(std::vector<stASN_BLOCK_HEADER *> nodes)
+{
+    const auto before = static_cast<std::size_t>(listChild.count());
+    const std::size_t count = before + nodes.size();
     listChild.reserve(static_cast<int>(count));
-    for (const stASN_CHILD_CELL *cell = ASNFirstCell(block); cell; cell = cell->next) {
-        m_nodesAtPlaces.push_back(cell->child);
-        listChild.append(nullptr);
+    if (before > 0) {
+        m_nodesAtPlaces.resize(before, nullptr);
+        nodes.insert(nodes.begin(), m_nodesAtPlaces.begin(), m_nodesAtPlaces.end());
     }
+    m_nodesAtPlaces = std::move(nodes);
+    for (std::size_t i = before; i < count; ++i)
+        listChild.append(nullptr);
 }
 
 stASN_BLOCK_HEADER *PXAsnBlock::nodeAtPlace(int index) const
@@ -74,7 +84,7 @@ PXAsnBlock *PXAsnBlock::childAt(int index) const
     if (!child && nodeAtPlace(index)) {
         auto made = std::make_unique<PXAsnBlock>(nullptr);
         made->node = nodeAtPlace(index);
-        made->addPlaces(made->node);
+        made->addPlaces(childrenOf(made->node));
         // Not by the constructor, which in Qt 5 undoes too much where memory ends within it.
         made->setParent(const_cast<PXAsnBlock *>(this));
         child = made.release();
