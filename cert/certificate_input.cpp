@@ -1,8 +1,10 @@
 #include "cert/certificate_input.h"
 
+#include "asn/octet_view.h"
 #include "asn/pxasn.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace certificate_input {
@@ -68,15 +70,29 @@ QByteArray decodedWithoutArmour(const QByteArray &text)
     return decoded(std::move(base64));
 }
 
+// The part from where the words first stand; none where they don't. The C library's search looks at
+// one octet in a score, the toolkit's at each.
+OctetView partFrom(OctetView text, const char *words)
+{
+    const void *found = ::memmem(text.data, text.size, words, std::strlen(words));
+    if (!found)
+        return {};
+    const auto *begin = static_cast<const unsigned char *>(found);
+    return {begin, static_cast<unsigned int>(text.data + text.size - begin)};
+}
+
 // What stands between the armour's first line and its last one; empty without them.
 QByteArray armouredText(const QByteArray &text)
 {
-    const auto begin = text.indexOf(kBeginLine);
-    if (begin < 0)
+    const OctetView armoured = partFrom(viewOf(text), kBeginLine);
+    if (!armoured.data)
         return {};
-    const auto body = begin + static_cast<int>(qstrlen(kBeginLine));
-    const auto end = text.indexOf(kEndLine, body);
-    return end < 0 ? QByteArray() : QByteArray::fromRawData(text.constData() + body, end - body);
+    const auto line = static_cast<unsigned int>(std::strlen(kBeginLine));
+    const OctetView body = {armoured.data + line, armoured.size - line};
+    const OctetView behind = partFrom(body, kEndLine);
+    return behind.data ? QByteArray::fromRawData(reinterpret_cast<const char *>(body.data),
+                                                 static_cast<int>(behind.data - body.data))
+                       : QByteArray();
 }
 
 // The text up to the first NUL; it lives as long as the octets.
@@ -91,7 +107,7 @@ QByteArray textOf(const QByteArray &octets)
 QByteArray certificateOctets(QByteArray fileContent)
 {
     const QByteArray text = textOf(fileContent);
-    if (!text.contains("BEGIN CERTIFICATE"))
+    if (!partFrom(viewOf(text), "BEGIN CERTIFICATE").data)
         return std::move(fileContent += '\0');
     QByteArray octets = decodedWithoutArmour(text);
     if (isOneSequence(octets))
