@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <QCoreApplication>
 #include <QStringList>
+#include <utility>
 
 namespace {
 
@@ -327,12 +328,12 @@ private:
         std::vector<certpolicy> items;
         for (std::size_t i = 1; i < extension.children.size(); ++i)
             flatten(extension.children[i], 1 - static_cast<int>(i), items);
-        const QString text = wording(name, items);
+        const QString text = wording(name, std::move(items));
         m_rows.push_back({texts::throughLocal8Bit(name), text, text, detail_node::Extension});
     }
 
     // The rule's own, of the values that were read here.
-    static QString wording(const QString &name, const std::vector<certpolicy> &items)
+    static QString wording(const QString &name, std::vector<certpolicy> items)
     {
         std::vector<QString> values(items.size());
         std::transform(items.begin(), items.end(), values.begin(),
