@@ -51,7 +51,8 @@ QString shown(QLatin1String key)
 QString throughLocal8Bit(const QString &text)
 {
     const QByteArray local = text.toLocal8Bit();
-    return QString::fromLocal8Bit(local.constData(), local.size());
+    const QString held = QString::fromLocal8Bit(local.constData(), local.size());
+    return held == text ? text : held; // a million rows of one name then share it
 }
 
 QString nameOfIdentifier(const QString &dotted)

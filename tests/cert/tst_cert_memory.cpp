@@ -105,8 +105,10 @@ private slots:
             << QByteArray("BEGIN CERTIFICATE").repeated(kSize / 17) << 5;
         QTest::newRow("name") << withName(QByteArray(kSize, 'n')) << kOfAName;
         QTest::newRow("extension") << withExtension(QByteArray(kSize, '\xAB')) << 12;
-        QTest::newRow("extensions") << withExtensions(QByteArray("\x30\0", 2).repeated(900000))
-                                    << 14; // their objects go one by one
+        QTest::newRow("extensions")
+            << withExtensions(QByteArray("\x30\0", 2).repeated(900000)) << 14;
+        QTest::newRow("extensions that say something")
+            << withExtensions(extension("551D0E", tlv(0x04, "k")).repeated(kSize / 12)) << 45;
         QTest::newRow("policies") << withPolicies(kSize / 7) << 60;
         QTest::newRow("key") << withKey(QByteArray(kSize, '\xAB')) << 12;
     }

@@ -113,6 +113,7 @@ void TestUtilTexts::throughTheLocale()
         QCOMPARE(texts::throughLocal8Bit(text(shown)), text(shown));
     const QString withNul = QString::fromUtf8("a\0b", 3);
     QCOMPARE(texts::throughLocal8Bit(withNul), withNul);
+    QCOMPARE(texts::throughLocal8Bit(withNul).constData(), withNul.constData()); // it is the same
     QCOMPARE(texts::shown(text_keys::kColumnField), text("Field"));
     QCOMPARE(texts::shown(text("no such key")), text("no such key"));
 }
