@@ -11,7 +11,7 @@
 
 namespace {
 
-QString translatedName(const PXAsnElement &identifier)
+QString extensionName(const PXAsnElement &identifier)
 {
     const texts::AtOnce atOnce;
     return texts::raw(identifier.toString());
@@ -93,7 +93,7 @@ bool c_pxcert::readExtension(const PXAsnElement &extension, const ExtensionNames
     const PXAsnElement identifier = extension.getChild(0, ASN_TAG_OBJECT_IDENTIFIER);
     if (!identifier)
         return true;
-    const QString name = translatedName(identifier);
+    const QString name = extensionName(identifier);
     debugLine(name, " count", extension.getChildCount());
     extension_texts::Said said;
     if (!read(extension, names.named(name), said))
