@@ -93,7 +93,7 @@ bool deliver(const QString &socketPath, const QByteArray &frame, const QDeadline
 {
     const FileDescriptor socket = newSocket();
     // It connects at once, or there is nobody, or the queue is full: both may change.
-    if (!withAddress(socket, QFile::encodeName(socketPath), ::connect) ||
+    if (socket < 0 || !withAddress(socket, QFile::encodeName(socketPath), ::connect) ||
         !send(socket, frame, deadline) || !waitFor(socket, POLLIN, deadline))
         return false;
     char answer = 0;
