@@ -20,7 +20,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QtMath>
@@ -73,8 +72,10 @@ QString spoken(QLatin1String key)
 // A label's text without its key, as a letter of the text ("&Show:") or beside it ("显示(&S):").
 QString withoutMnemonic(QString text)
 {
-    static const QRegularExpression beside(QStringLiteral("\\(&.\\)"));
-    return text.remove(beside).remove(QLatin1Char('&'));
+    const auto mark = text.indexOf(QLatin1Char('&'));
+    const bool isBeside = mark > 0 && text.at(mark - 1) == QLatin1Char('(') &&
+                          text.mid(mark + 2).startsWith(QLatin1Char(')'));
+    return isBeside ? text.remove(mark - 1, 4) : text.remove(QLatin1Char('&'));
 }
 
 // As Space does unasked.
