@@ -173,6 +173,8 @@ private slots:
     void hugeTextsOfEveryKind();
     void whatMisleadsIsMarked();
     void equalMarksAreCopiedEach();
+    void linesAreCopiedWithTheirEnds_data();
+    void linesAreCopiedWithTheirEnds();
     void aNameForgesNoLines();
     void aNameOfAnyDirectionStandsBehindItsLabel();
     void manyRows();
@@ -1004,6 +1006,33 @@ void TestAppViews::equalMarksAreCopiedEach()
     details.box->setTextCursor(cursor);
     details.box->copy();
     QCOMPARE(QGuiApplication::clipboard()->text(), QString::fromUtf8("\t\tb\u202E"));
+}
+
+void TestAppViews::linesAreCopiedWithTheirEnds_data()
+{
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("end");
+    QTest::addColumn<QString>("copied");
+    QTest::newRow("within a line") << 0 << 3 << QStringLiteral("one");
+    QTest::newRow("with its end") << 0 << 4 << QStringLiteral("one\n");
+    QTest::newRow("into the next") << 2 << 5 << QStringLiteral("e\nt");
+    QTest::newRow("an end alone") << 3 << 4 << QStringLiteral("\n");
+    QTest::newRow("the last") << 4 << 7 << QStringLiteral("two");
+}
+
+void TestAppViews::linesAreCopiedWithTheirEnds()
+{
+    QFETCH(int, start);
+    QFETCH(int, end);
+    QFETCH(QString, copied);
+    TextBox box;
+    box.appendTexts({QStringLiteral("one\ntwo")});
+    QTextCursor cursor(box.document());
+    cursor.setPosition(start);
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
+    box.setTextCursor(cursor);
+    box.copy();
+    QCOMPARE(QGuiApplication::clipboard()->text(), copied);
 }
 
 // The lines of the general page are the program's own.
