@@ -147,6 +147,7 @@ private slots:
     void arrowsChangeTheTabAtOnce();
     void focusIsMarked();
     void markStandsOut();
+    void markIsDarkInLight();
     void mouseTakesTheMarkAway();
     void keyBringsTheMarkBack();
     void markFollowsTheTab();
@@ -464,7 +465,7 @@ void TestAppKeyboard::keysChangeThePage()
         control(keyed.window, focus)->setFocus();
         QTest::keyClick(keyed.focused(), key, modifiers);
         QCOMPARE(keyed.tabs->currentIndex(), 1 - page);
-        QVERIFY(keyed.focused() && keyed.focused()->isVisible());
+        QCOMPARE(keyed.focused(), keyed.tabs->tabBar());
         QTest::keyClick(keyed.focused(), key, modifiers);
         QCOMPARE(keyed.tabs->currentIndex(), page);
     }
@@ -608,6 +609,21 @@ void TestAppKeyboard::markStandsOut()
                                                             .arg(length)));
             QTest::keyClick(focused, Qt::Key_Tab);
         }
+    }
+}
+
+void TestAppKeyboard::markIsDarkInLight()
+{
+    const Keyed keyed;
+    const QImage mark = keyed.window.findChild<FocusMark *>()->grab().toImage();
+    const QRgb light = 0xffffffff;
+    const QRgb dark = 0xffcd210f;
+    const QRgb across[] = {light, dark, light};
+    for (int i = 0; i < 3; ++i) {
+        QCOMPARE(mark.pixel(mark.width() / 2, i), across[i]);
+        QCOMPARE(mark.pixel(mark.width() / 2, mark.height() - 1 - i), across[i]);
+        QCOMPARE(mark.pixel(i, mark.height() / 2), across[i]);
+        QCOMPARE(mark.pixel(mark.width() - 1 - i, mark.height() / 2), across[i]);
     }
 }
 

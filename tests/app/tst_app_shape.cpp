@@ -2,7 +2,9 @@
 #include "tests/app/viewer_tree.h"
 #include "tests/app/widgets.h"
 
+#include <QSocketNotifier>
 #include <QTest>
+#include <sys/socket.h>
 
 namespace {
 
@@ -24,6 +26,7 @@ private slots:
     void staysWholeWithACompositor();
     void followsTheCompositor();
     void whoCannotAskIsNotShaped();
+    void aConnectionThatEndsIsLeftAlone();
     void everyScaleHasIt_data();
     void everyScaleHasIt();
 };
@@ -93,6 +96,18 @@ void TestAppShape::whoCannotAskIsNotShaped()
     qputenv("DISPLAY", display);
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QVERIFY(!other.isShaped(idOf(window)));
+}
+
+// A descriptor at its end would be ready to be read for ever.
+void TestAppShape::aConnectionThatEndsIsLeftAlone()
+{
+    MainWindow window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    auto *news = window.findChild<QSocketNotifier *>();
+    QVERIFY(news && news->isEnabled());
+    QCOMPARE(::shutdown(static_cast<int>(news->socket()), SHUT_RDWR), 0);
+    QTRY_VERIFY(!news->isEnabled());
 }
 
 void TestAppShape::everyScaleHasIt_data()

@@ -1070,6 +1070,12 @@ void TestAppViews::aNameOfAnyDirectionStandsBehindItsLabel()
     };
     QVERIFY(hasInk(0, 60));
     QVERIFY(!hasInk(picture.width() - 60, picture.width()));
+
+    details.window.result_normal(QString::fromUtf8("\u05D0\u05D1\u05D2 abc"), 1);
+    QTextCursor cursor(box->document()->lastBlock());
+    const int start = box->cursorRect(cursor).x();
+    cursor.movePosition(QTextCursor::End);
+    QVERIFY(box->cursorRect(cursor).x() > start);
 }
 
 void TestAppViews::everyRowOfANameShowsItsBeginning()

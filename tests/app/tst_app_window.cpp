@@ -102,6 +102,7 @@ private slots:
     void patchTable();
     void patchesOfMarkedImage();
     void paintsTheBackgroundInNineParts();
+    void theSheetLiesWithinItsShadow();
     void centring_data();
     void centring();
     void dragArea_data();
@@ -480,6 +481,10 @@ void TestAppWindow::boxes()
     // The form's vertical lines would show at their ends.
     for (const char *name : {"plainTextEdit_normal", "plainTextEdit_normal_2"})
         QCOMPARE(child<QPlainTextEdit>(window, name)->lineWidth(), 0);
+    // The line between them takes no text away.
+    auto *status = child<QPlainTextEdit>(window, "plainTextEdit_normal");
+    window.show();
+    QCOMPARE(status->height() - status->viewport()->geometry().bottom() - 1, 24);
     QCOMPARE(child<QTabWidget>(window, "tabWidget")->currentIndex(), 0);
 }
 
@@ -632,6 +637,11 @@ void TestAppWindow::paintsTheBackgroundInNineParts()
     for (const QPoint &corner : {QPoint(0, 0), QPoint(435, 0), QPoint(0, 696), QPoint(435, 696)})
         QCOMPARE(qAlpha(image.pixel(corner)), 0);
     QCOMPARE(qAlpha(image.pixel(218, 348)), 255);
+}
+
+void TestAppWindow::theSheetLiesWithinItsShadow()
+{
+    QCOMPARE(window_style::sheetArea(QSize(436, 697)), QRect(11, 7, 414, 675));
 }
 
 void TestAppWindow::centring_data()

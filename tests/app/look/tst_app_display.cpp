@@ -2,6 +2,7 @@
 #include "tests/app/compositor.h"
 
 #include <cstdlib>
+#include <QProcess>
 #include <QTest>
 #include <sys/socket.h>
 
@@ -15,6 +16,8 @@ private slots:
     void withoutAServer();
     void serverThatGoes();
     void resourceThatIsNone();
+    void resource_data();
+    void resource();
     void whatTheServerLacksHarmsNobody();
 };
 
@@ -53,6 +56,30 @@ void TestAppDisplay::serverThatGoes()
 void TestAppDisplay::resourceThatIsNone()
 {
     QCOMPARE(XDisplay().resource("no such resource"), 0);
+}
+
+void TestAppDisplay::resource_data()
+{
+    QTest::addColumn<QString>("resources");
+    QTest::newRow("alone") << QStringLiteral("Xft.dpi:120");
+    QTest::newRow("the first") << QStringLiteral("Xft.dpi:\t120\nXft.dpi2:\t7\n");
+    QTest::newRow("the last") << QStringLiteral("Xft.dpi2:\t7\nXft.dp:\t8\nXft.dpi: 120\n");
+}
+
+void TestAppDisplay::resource()
+{
+    QFETCH(QString, resources);
+    const auto xprop = [](const QStringList &arguments) {
+        return QProcess::execute(QStringLiteral("xprop"),
+                                 QStringList{QStringLiteral("-root")} + arguments);
+    };
+    const QString name = QStringLiteral("RESOURCE_MANAGER");
+    QCOMPARE(xprop({QStringLiteral("-f"), name, QStringLiteral("8s"), QStringLiteral("-set"), name,
+                    resources}),
+             0);
+    const int value = XDisplay().resource("Xft.dpi");
+    QCOMPARE(xprop({QStringLiteral("-remove"), name}), 0);
+    QCOMPARE(value, 120);
 }
 
 // CTest runs it on a server without an extension, too, that would end the connection of whoever

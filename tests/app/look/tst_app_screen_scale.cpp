@@ -29,6 +29,7 @@ private slots:
     void init() { qunsetenv(kScale); }
     void noneIsOne_data();
     void noneIsOne();
+    void whatFitsIsRight_data();
     void whatFitsIsRight();
     void oneThatNeverFitsIsGivenUp();
 };
@@ -48,13 +49,21 @@ void TestAppScreenScale::noneIsOne()
     QCOMPARE(qgetenv(kScale), QByteArray("1"));
 }
 
+void TestAppScreenScale::whatFitsIsRight_data()
+{
+    QTest::addColumn<QByteArray>("asked");
+    for (const char *asked : {"0.8", "1", "1.25"})
+        QTest::newRow(asked) << QByteArray(asked);
+}
+
 void TestAppScreenScale::whatFitsIsRight()
 {
-    qputenv(kScale, "1.25");
+    QFETCH(QByteArray, asked);
+    qputenv(kScale, asked);
     ScreenScale scale(kWindow);
     const Application made;
     QVERIFY(!scale.isWrong());
-    QCOMPARE(qgetenv(kScale), QByteArray("1.25"));
+    QCOMPARE(qgetenv(kScale), asked);
 }
 
 // The application object is not made anew here, however often another scale is asked for.
