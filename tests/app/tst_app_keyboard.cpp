@@ -675,6 +675,8 @@ void TestAppKeyboard::markFollowsTheTab()
     const QRect first = mark->geometry();
     QVERIFY(area(0).contains(first.center()));
     QVERIFY(first.left() >= 11); // on the sheet
+    QCOMPARE(first.top(), area(0).top() - 3);
+    QCOMPARE(first.bottom(), area(0).bottom() + 3);
     QTest::keyClick(bar, Qt::Key_Right);
     QVERIFY(mark->isVisible());
     QVERIFY(area(1).contains(mark->geometry().center()));

@@ -1014,6 +1014,7 @@ void TestAppViews::linesAreCopiedWithTheirEnds_data()
     QTest::addColumn<int>("end");
     QTest::addColumn<QString>("copied");
     QTest::newRow("within a line") << 0 << 3 << QStringLiteral("one");
+    QTest::newRow("its middle") << 1 << 2 << QStringLiteral("n");
     QTest::newRow("with its end") << 0 << 4 << QStringLiteral("one\n");
     QTest::newRow("into the next") << 2 << 5 << QStringLiteral("e\nt");
     QTest::newRow("an end alone") << 3 << 4 << QStringLiteral("\n");

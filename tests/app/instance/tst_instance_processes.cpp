@@ -122,6 +122,7 @@ private slots:
     void sendingWithoutAsking();
     void runtimeDirectory_data();
     void runtimeDirectory();
+    void filesAreNamedByTheIdentifier();
     void longestRuntimeDirectory();
     void temporaryFolder_data();
     void temporaryFolder();
@@ -370,6 +371,14 @@ void TestInstanceProcesses::runtimeDirectory()
     QCOMPARE(second.become(), QByteArray("second sent"));
     QVERIFY(second.endsWell());
     QVERIFY(first.notices().isEmpty());
+}
+
+// By which another version of the program finds them, too.
+void TestInstanceProcesses::filesAreNamedByTheIdentifier()
+{
+    const InstanceLock lock(QStringLiteral("id"));
+    QCOMPARE(QFileInfo(lock.socketPath()).fileName(),
+             QStringLiteral("instance-a56145270ce6b3be.socket")); // of its SHA-256
 }
 
 // A socket's address holds 107 octets and the end of the text.
