@@ -605,11 +605,15 @@ void TestAppProcess::languages_data()
     QTest::addColumn<QByteArray>("section");
     QTest::addColumn<QString>("title");
     QTest::addColumn<QString>("font");
+    QTest::addColumn<QString>("selector");
     const QString simplified = QStringLiteral("noto sans cjk sc");
     const QString traditional = QStringLiteral("noto sans cjk tc");
-    QTest::newRow("CN") << QByteArray("CN") << QString::fromUtf8("证书查看器") << simplified;
-    QTest::newRow("TW") << QByteArray("TW") << QString::fromUtf8("憑證檢視器") << traditional;
-    QTest::newRow("EN") << QByteArray("EN") << QStringLiteral("Certificate Viewer") << simplified;
+    QTest::newRow("CN") << QByteArray("CN") << QString::fromUtf8("证书查看器") << simplified
+                        << QString::fromUtf8("显示:");
+    QTest::newRow("TW") << QByteArray("TW") << QString::fromUtf8("憑證檢視器") << traditional
+                        << QString::fromUtf8("顯示:");
+    QTest::newRow("EN") << QByteArray("EN") << QStringLiteral("Certificate Viewer") << simplified
+                        << QStringLiteral("Show:");
 }
 
 void TestAppProcess::languages()
@@ -617,6 +621,7 @@ void TestAppProcess::languages()
     QFETCH(QByteArray, section);
     QFETCH(QString, title);
     QFETCH(QString, font);
+    QFETCH(QString, selector);
     ViewerTree tree;
     tree.speak(section);
     Program program(tree, kViewer, {example("server.pem")});
@@ -627,6 +632,7 @@ void TestAppProcess::languages()
     QVERIFY(probe.outputLines().contains(QStringLiteral("title=") + title));
     QVERIFY(probe.outputLines().contains(QStringLiteral("caption=") + title));
     QVERIFY(probe.outputLines().contains(QStringLiteral("font=") + font));
+    QVERIFY(probe.outputLines().contains(QStringLiteral("selector=") + selector));
     QVERIFY(probe.outputLines().filter(QStringLiteral("PXCERTREAD")).isEmpty());
 }
 

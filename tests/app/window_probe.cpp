@@ -40,6 +40,7 @@ int main(int argc, char **argv)
     auto *selector = window.findChild<QComboBox *>();
     for (int i = 0; i < selector->count(); ++i)
         say("entry", selector->itemText(i));
+    say("selector", selector->accessibleName());
     say("spoken",
         window.findChild<TextBox *>(QStringLiteral("plainTextEdit_normal"))->accessibleName());
     const QStringList fonts = QFont::substitutes(QStringLiteral("Microsoft YaHei"));
