@@ -73,8 +73,9 @@ QString spoken(QLatin1String key)
 QString withoutMnemonic(QString text)
 {
     const auto mark = text.indexOf(QLatin1Char('&'));
-    const bool isBeside = mark > 0 && text.at(mark - 1) == QLatin1Char('(') &&
-                          text.mid(mark + 2).startsWith(QLatin1Char(')'));
+    const bool isBeside = mark > 0 && mark + 2 < text.size() &&
+                          text.at(mark - 1) == QLatin1Char('(') &&
+                          text.at(mark + 2) == QLatin1Char(')');
     return isBeside ? text.remove(mark - 1, 4) : text.remove(QLatin1Char('&'));
 }
 

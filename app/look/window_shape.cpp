@@ -1,5 +1,6 @@
 #include "app/look/window_shape.h"
 
+#include "app/look/window_style.h"
 #include "app/look/x_display.h"
 
 #include <algorithm>
@@ -7,7 +8,9 @@
 #include <QEvent>
 #include <QGuiApplication>
 #include <QImage>
+#include <QPainter>
 #include <QSocketNotifier>
+#include <QtMath>
 #include <QVector>
 #include <QWidget>
 
@@ -19,33 +22,59 @@ bool isOpaque(QRgb pixel)
     return qAlpha(pixel) >= kHalf;
 }
 
-// What is opaque of the line, which lies side by side; empty when nothing is.
-QRect opaquePart(const QImage &image, int line)
+// Some columns of the window's picture, in the display's own pixels.
+QImage columns(QWidget *window, int first, int count)
 {
-    const auto *begin = reinterpret_cast<const QRgb *>(image.constScanLine(line));
-    const auto *end = begin + image.width();
-    const auto *first = std::find_if(begin, end, isOpaque);
-    while (end != first && !isOpaque(end[-1]))
-        --end;
-    return {static_cast<int>(first - begin), line, static_cast<int>(end - first), 1};
+    const qreal ratio = window->devicePixelRatioF();
+    const QSize size(count, qRound(window->height() * ratio));
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.translate(-first, 0);
+    painter.scale(ratio, ratio);
+    window->render(&painter, QPoint(), QRegion(), QWidget::RenderFlags());
+    return image;
+}
+
+const QRgb *line(const QImage &image, int y)
+{
+    return reinterpret_cast<const QRgb *>(image.constScanLine(y));
+}
+
+// What is opaque of the line, of which `ends` holds the columns from `right` on; empty when nothing
+// is.
+QRect opaquePart(const QImage &begins, const QImage &ends, int right, int y)
+{
+    const QRgb *first = line(begins, y);
+    const QRgb *behind = first + begins.width();
+    const auto left = static_cast<int>(std::find_if(first, behind, isOpaque) - first);
+    int width = ends.width();
+    while (width > 0 && !isOpaque(line(ends, y)[width - 1]))
+        --width;
+    const bool isEmpty = left == begins.width() || width == 0;
+    return isEmpty ? QRect() : QRect(left, y, right + width - left, 1);
 }
 
 // In the display's own pixels, which the toolkit's masks are not: at a fractional scale they leave
-// gaps.
+// gaps. What is opaque of a line begins in the background's left border and ends in its right one,
+// so these are all that is looked at: the whole picture takes three times as long.
 QRegion opaquePart(QWidget *window)
 {
     const qreal ratio = window->devicePixelRatioF();
-    QImage image((QSizeF(window->size()) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
-    image.setDevicePixelRatio(ratio);
-    image.fill(Qt::transparent);
-    window->render(&image, QPoint(), QRegion(), QWidget::RenderFlags());
+    const int border = qCeil(window_style::backgroundCentre().left() * ratio);
+    const int right = qRound(window->width() * ratio) - border;
+    const QImage begins = columns(window, 0, border);
+    const QImage ends = columns(window, right, border);
     QVector<QRect> parts; // a rectangle for lines that are alike
-    for (int y = 0; y < image.height(); ++y) {
-        const QRect part = opaquePart(image, y);
-        if (!parts.isEmpty() && parts.last().bottomRight() + QPoint(0, 1) == part.bottomRight() &&
-            parts.last().left() == part.left())
+    for (int y = 0; y < begins.height(); ++y) {
+        const QRect part = opaquePart(begins, ends, right, y);
+        if (part.isEmpty())
+            continue;
+        const bool isAlike = !parts.isEmpty() && parts.last().left() == part.left() &&
+                             parts.last().right() == part.right();
+        if (isAlike)
             parts.last().setBottom(y);
-        else if (!part.isEmpty())
+        else
             parts.append(part);
     }
     QRegion region;
