@@ -6,6 +6,7 @@
 #include <atomic>
 #include <ctime>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
@@ -100,6 +101,9 @@ private slots:
     void tooLongFrameIsCutOff();
     void idleClientsAreDropped();
     void oneMessageAConnection();
+    void messageInPieces();
+    void connectionEndsBeforeTheMessageIsHeard();
+    void socketGoesWithItsServer();
     void clientThatLeavesAtOnceIsHeard();
     void receiverMayBlockInItsSlot();
     void anotherAnswerIsNone();
@@ -355,6 +359,53 @@ void TestInstanceChannel::oneMessageAConnection()
     QTest::qWait(50);
     QCOMPARE(received.size(), 1);
     QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("one"));
+}
+
+void TestInstanceChannel::messageInPieces()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    QLocalSocket client;
+    client.connectToServer(m_path);
+    const QByteArray frame = header(3) + "one";
+    for (const char octet : frame) {
+        QVERIFY(received.isEmpty());
+        client.write(&octet, 1);
+        QTest::qWait(10);
+    }
+    QTRY_COMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("one"));
+}
+
+// Its descriptor is not kept while a slot keeps the event loop waiting.
+void TestInstanceChannel::connectionEndsBeforeTheMessageIsHeard()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QLocalSocket client;
+    bool hasEnded = false;
+    connect(&server, &InstanceServer::messageReceived, this, [&] {
+        QEventLoop loop; // which deletes nothing that is to be deleted later
+        connect(&client, &QLocalSocket::disconnected, &loop, &QEventLoop::quit);
+        QTimer::singleShot(2000, &loop, &QEventLoop::quit);
+        loop.exec();
+        hasEnded = client.state() == QLocalSocket::UnconnectedState;
+    });
+    client.connectToServer(m_path);
+    client.write(header(3) + "one");
+    QTRY_COMPARE(client.state(), QLocalSocket::UnconnectedState);
+    QTRY_VERIFY(hasEnded);
+}
+
+void TestInstanceChannel::socketGoesWithItsServer()
+{
+    {
+        InstanceServer server;
+        QVERIFY(server.listen(m_path));
+        QVERIFY(QFileInfo::exists(m_path));
+    }
+    QVERIFY(!QFileInfo::exists(m_path));
 }
 
 void TestInstanceChannel::clientThatLeavesAtOnceIsHeard()
