@@ -6,7 +6,7 @@
 
 namespace {
 
-void requireRoomIsKept(const std::string &text, int room)
+void requireRoomIsKeptBothWays(const std::string &text, int room)
 {
     std::vector<char> utf8(std::size_t(room) + 6);
     const int written = code_gbk_to_utf8(text.c_str(), utf8.data(), room);
@@ -39,7 +39,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const int room = size > 0 ? 1 + data[0] : 1;
     const std::string text(data, data + size);
-    requireRoomIsKept(text, room);
+    requireRoomIsKeptBothWays(text, room);
     requireCharactersComeBack(text);
     return 0;
 }

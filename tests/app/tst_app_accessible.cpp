@@ -10,14 +10,6 @@
 
 namespace {
 
-QAccessibleInterface *interfaceOf(QWidget *widget)
-{
-    QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(widget);
-    if (!interface)
-        qFatal("a screen reader can't see %s", qPrintable(widget->objectName()));
-    return interface;
-}
-
 } // namespace
 
 /// What a screen reader may ask of the window's own parts, beyond what it reads aloud.

@@ -58,14 +58,6 @@ QWidget *control(const MainWindow &window, const QByteArray &name)
     return name == "close" ? closeButton(window) : child<QWidget>(window, name.constData());
 }
 
-QAccessibleInterface *interfaceOf(QWidget *widget)
-{
-    QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(widget);
-    if (!interface)
-        qFatal("a screen reader can't see %s", qPrintable(widget->objectName()));
-    return interface;
-}
-
 QString nameOf(QWidget *widget)
 {
     return interfaceOf(widget)->text(QAccessible::Name);

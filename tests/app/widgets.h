@@ -5,6 +5,7 @@
 #include "util/text_keys.h"
 #include "util/texts.h"
 
+#include <QAccessible>
 #include <QPushButton>
 #include <QString>
 #include <QToolButton>
@@ -27,6 +28,15 @@ inline QToolButton *closeButton(const QWidget &window)
 inline QPushButton *bottomButton(const QWidget &window)
 {
     return window.findChild<QPushButton *>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+/// What a screen reader sees of it.
+inline QAccessibleInterface *interfaceOf(QWidget *widget)
+{
+    QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(widget);
+    if (!interface)
+        qFatal("a screen reader can't see %s", qPrintable(widget->objectName()));
+    return interface;
 }
 
 inline detail_node row(const char *name, const char *value, const char *full, int kind)

@@ -16,6 +16,13 @@ inline AsnBlockPtr parsed(const QByteArray &data)
     return AsnBlockPtr(ASNAddByData(nullptr, octets(data), static_cast<unsigned int>(data.size())));
 }
 
+inline AsnBlockPtr leafOf(unsigned char tag, const QByteArray &content)
+{
+    AsnBlockPtr leaf(ASNAddSample(tag, nullptr));
+    ASNSetBlockData(leaf.get(), octets(content), static_cast<unsigned int>(content.size()));
+    return leaf;
+}
+
 /// A tree as text: "30(02:05,04:)" is a SEQUENCE of the INTEGER 5 and an empty OCTET STRING that is
 /// a leaf, "04()" one that holds children, "none" no tree.
 inline QString outline(const stASN_BLOCK_HEADER *node)

@@ -1,7 +1,5 @@
-#include "tests/asn/tree.h"
+#include "tests/asn/shown_document.h"
 #include "tests/support/printed.h"
-
-#include "asn/pxasn.h"
 
 #include <QTest>
 
@@ -19,17 +17,6 @@ AsnBlockPtr deepTree()
     ASNSetBlockData(ASNAddSample(0x04, node), octets("abc"), 3);
     return root;
 }
-
-// Shows a block's node, which is no part of its interface.
-class Shown : public PXAsn
-{
-public:
-    Shown()
-        : PXAsn(nullptr)
-    {
-    }
-    stASN_BLOCK_HEADER *root() const { return node; }
-};
 
 } // namespace
 

@@ -6,8 +6,6 @@
 #include <cstring>
 #include <QTest>
 
-PX_SMALL_ALLOCATIONS
-
 namespace {
 
 unsigned int sizeOf(const QByteArray &data)
@@ -18,13 +16,6 @@ unsigned int sizeOf(const QByteArray &data)
 int setContent(stASN_BLOCK_HEADER *leaf, const QByteArray &content)
 {
     return ASNSetBlockData(leaf, octets(content), sizeOf(content));
-}
-
-AsnBlockPtr leafOf(unsigned char tag, const QByteArray &content)
-{
-    AsnBlockPtr leaf(ASNAddSample(tag, nullptr));
-    setContent(leaf.get(), content);
-    return leaf;
 }
 
 // SEQUENCE { INTEGER 1, INTEGER 2, ... }

@@ -9,20 +9,11 @@
 #include <QDateTime>
 #include <QTest>
 
-PX_SMALL_ALLOCATIONS
-
 namespace {
 
 constexpr unsigned char kUtcTime = 0x17;
 constexpr unsigned char kGeneralizedTime = 0x18;
 constexpr unsigned char kBitString = 0x03;
-
-AsnBlockPtr leafOf(unsigned char tag, const QByteArray &content)
-{
-    AsnBlockPtr leaf(ASNAddSample(tag, nullptr));
-    ASNSetBlockData(leaf.get(), octets(content), static_cast<unsigned int>(content.size()));
-    return leaf;
-}
 
 long long utc(int year, int month, int day, int hour, int minute, int second)
 {

@@ -1,27 +1,13 @@
 #include "tests/asn/recording_core.h"
-#include "tests/asn/tree.h"
+#include "tests/asn/shown_document.h"
 #include "tests/support/der.h"
 #include "tests/support/printed.h"
-
-#include "asn/pxasn.h"
 
 #include <QTest>
 
 using namespace der;
 
 namespace {
-
-// Shows a block's node, which is no part of its interface.
-class Shown : public PXAsn
-{
-public:
-    Shown()
-        : PXAsn(nullptr)
-    {
-    }
-    QString tree() const { return outline(node); }
-    stASN_BLOCK_HEADER *root() const { return node; }
-};
 
 constexpr const char *kStructEnd = "[ASNAddStruct:108] end";
 

@@ -9,7 +9,7 @@
 
 namespace {
 
-QByteArray contentOf(const QString &path)
+QByteArray fileContent(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
@@ -50,7 +50,7 @@ private slots:
             const QStringList names = QDir(folder).entryList({QStringLiteral("*.pem")});
             for (const QString &name : names)
                 QTest::newRow(qPrintable(name)) << certificate_input::certificateOctets(
-                    contentOf(folder + QLatin1Char('/') + name));
+                    fileContent(folder + QLatin1Char('/') + name));
         }
     }
     void damaged()

@@ -12,7 +12,7 @@ namespace {
 constexpr const char *kScript = "tools/generate_languages.py";
 constexpr const char *kTexts = "languages/texts.tsv";
 constexpr const char *kKeys = "util/text_keys.h";
-constexpr const char *kFile = "languages/PXViewCertTool_Lang.ini";
+constexpr const char *kIniFile = "languages/PXViewCertTool_Lang.ini";
 
 QByteArray contentOf(const QString &path)
 {
@@ -55,7 +55,7 @@ void TestLanguagesGenerated::init()
     for (const char *folder : {"languages", "tools", "util"})
         QVERIFY(QDir(m_tree->path()).mkpath(QLatin1String(folder)));
     for (const char *name :
-         {kScript, kTexts, kKeys, kFile, "languages/oids.tsv", "languages/attributes.tsv"})
+         {kScript, kTexts, kKeys, kIniFile, "languages/oids.tsv", "languages/attributes.tsv"})
         QVERIFY2(QFile::copy(shipped(name), path(name)), name);
 }
 
@@ -102,7 +102,7 @@ void TestLanguagesGenerated::namesEveryKeyOfATextOnce()
 void TestLanguagesGenerated::checkNoticesAStaleFile_data()
 {
     QTest::addColumn<QByteArray>("file");
-    for (const char *name : {kKeys, kFile})
+    for (const char *name : {kKeys, kIniFile})
         QTest::newRow(name) << QByteArray(name);
 }
 

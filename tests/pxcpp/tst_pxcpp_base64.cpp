@@ -10,8 +10,6 @@
 #include <QRandomGenerator>
 #include <QTest>
 
-PX_SMALL_ALLOCATIONS
-
 // How much the library asked for last, and how many buffers it did not give back; the linker hands
 // its requests to these.
 static std::size_t asked = 0;
@@ -61,7 +59,7 @@ template <typename T>
 using Freed = std::unique_ptr<T, free_deleter>;
 
 /// The text of `data`, or a null array for a null result. Reads nothing past `data`.
-QByteArray encoded(const QByteArray &data)
+QByteArray base64Of(const QByteArray &data)
 {
     const GuardedBuffer<char> input(data.constData(), std::size_t(data.size()));
     const Freed<char> text(PXBase64Encode(input.get(), std::uint64_t(data.size())));
@@ -69,7 +67,7 @@ QByteArray encoded(const QByteArray &data)
 }
 
 /// The octets of `text`, or "refused" when a null pointer comes back.
-QByteArray decoded(const QByteArray &text)
+QByteArray octetsOf(const QByteArray &text)
 {
     const GuardedBuffer<char> input(text.constData(), std::size_t(text.size()) + 1);
     std::uint64_t length = 12345;
@@ -189,8 +187,8 @@ void TestPxcppBase64::encode()
 {
     QFETCH(QByteArray, data);
     QFETCH(QByteArray, text);
-    QCOMPARE(encoded(data), text);
-    QCOMPARE(decoded(text), data);
+    QCOMPARE(base64Of(data), text);
+    QCOMPARE(octetsOf(text), data);
 }
 
 void TestPxcppBase64::encodeMessages()
@@ -247,7 +245,7 @@ void TestPxcppBase64::decode()
 {
     QFETCH(QByteArray, text);
     QFETCH(QByteArray, data);
-    QCOMPARE(printedBy([&] { QCOMPARE(decoded(text), data); }), QByteArray());
+    QCOMPARE(printedBy([&] { QCOMPARE(octetsOf(text), data); }), QByteArray());
 }
 
 void TestPxcppBase64::decodeRefuses_data()
@@ -268,7 +266,7 @@ void TestPxcppBase64::decodeRefuses_data()
 void TestPxcppBase64::decodeRefuses()
 {
     QFETCH(QByteArray, text);
-    const QByteArray printed = printedBy([&] { QCOMPARE(decoded(text), QByteArray("refused")); });
+    const QByteArray printed = printedBy([&] { QCOMPARE(octetsOf(text), QByteArray("refused")); });
     QCOMPARE(printed, QByteArray(kNotInTable));
 }
 
@@ -291,8 +289,8 @@ void TestPxcppBase64::likeQt()
     QRandomGenerator random(1);
     for (int size = 1; size < 600; ++size) {
         const QByteArray data = randomOctets(random, size);
-        QCOMPARE(encoded(data), data.toBase64());
-        QCOMPARE(decoded(data.toBase64()), data);
+        QCOMPARE(base64Of(data), data.toBase64());
+        QCOMPARE(octetsOf(data.toBase64()), data);
     }
 }
 
@@ -301,9 +299,9 @@ void TestPxcppBase64::setTable()
     char table[66] = {};
     std::copy_n(kUrl, 66, table);
     QVERIFY(PXBase64SetTableCode(table) == table);
-    QCOMPARE(encoded("\xFB\xEF\xBEM"), QByteArray("----TQ.."));
-    QCOMPARE(decoded("----TQ.."), QByteArray("\xFB\xEF\xBEM"));
-    QCOMPARE(printedBy([] { QCOMPARE(decoded("TQ=="), QByteArray("refused")); }),
+    QCOMPARE(base64Of("\xFB\xEF\xBEM"), QByteArray("----TQ.."));
+    QCOMPARE(octetsOf("----TQ.."), QByteArray("\xFB\xEF\xBEM"));
+    QCOMPARE(printedBy([] { QCOMPARE(octetsOf("TQ=="), QByteArray("refused")); }),
              QByteArray(kNotInTable));
     QCOMPARE(int(GetTableIndex('.')), 64);
     QCOMPARE(int(GetTableIndex('=')), 255);
@@ -311,7 +309,7 @@ void TestPxcppBase64::setTable()
     const char *standard = PXBase64SetTableCode(nullptr);
     QCOMPARE(standard, kStandard);
     QVERIFY(PXBase64SetTableCode(nullptr) == standard);
-    QCOMPARE(encoded("M"), QByteArray("TQ=="));
+    QCOMPARE(base64Of("M"), QByteArray("TQ=="));
     QCOMPARE(int(GetTableIndex('=')), 64);
 }
 
@@ -320,12 +318,12 @@ void TestPxcppBase64::tableChangedInPlace()
     char table[66] = {};
     std::copy_n(kStandard, 66, table);
     PXBase64SetTableCode(table);
-    QCOMPARE(decoded("TWFu"), QByteArray("Man"));
+    QCOMPARE(octetsOf("TWFu"), QByteArray("Man"));
     std::swap(table[19], table[20]); // T and U
     table[64] = '*';
-    QCOMPARE(decoded("UWFu"), QByteArray("Man"));
-    QCOMPARE(decoded("UQ**"), QByteArray("M"));
-    QCOMPARE(encoded("M"), QByteArray("UQ**"));
+    QCOMPARE(octetsOf("UWFu"), QByteArray("Man"));
+    QCOMPARE(octetsOf("UQ**"), QByteArray("M"));
+    QCOMPARE(base64Of("M"), QByteArray("UQ**"));
     QCOMPARE(int(GetTableIndex('T')), 20);
 }
 
@@ -333,10 +331,10 @@ void TestPxcppBase64::defaultTableIsWritable()
 {
     char *standard = PXBase64SetTableCode(nullptr);
     standard[64] = '~';
-    QCOMPARE(encoded("M"), QByteArray("TQ~~"));
-    QCOMPARE(decoded("TQ~~"), QByteArray("M"));
+    QCOMPARE(base64Of("M"), QByteArray("TQ~~"));
+    QCOMPARE(octetsOf("TQ~~"), QByteArray("M"));
     standard[64] = '=';
-    QCOMPARE(encoded("M"), QByteArray("TQ=="));
+    QCOMPARE(base64Of("M"), QByteArray("TQ=="));
 }
 
 void TestPxcppBase64::doubleCharacterInTable()
@@ -346,7 +344,7 @@ void TestPxcppBase64::doubleCharacterInTable()
     table[63] = 'A';
     PXBase64SetTableCode(table);
     QCOMPARE(int(GetTableIndex('A')), 0);
-    QCOMPARE(decoded("AAAA"), QByteArray("\0\0\0", 3));
+    QCOMPARE(octetsOf("AAAA"), QByteArray("\0\0\0", 3));
     QCOMPARE(decodedEx("AAAA", 4, table), QByteArray("\0\0\0", 3));
 }
 
@@ -518,7 +516,7 @@ void TestPxcppBase64::sizesOfTheBuffers()
     const QByteArray data(400, 'x');
     const QByteArray text(400, 'A');
     for (int size = 1; size <= 400; ++size) {
-        const Freed<char> encoded(PXBase64Encode(data.constData(), std::uint64_t(size)));
+        const Freed<char> base64Of(PXBase64Encode(data.constData(), std::uint64_t(size)));
         QCOMPARE(asked, std::size_t(size + 2) / 3 * 4 + 1);
         if (size % 4 == 0) {
             const Freed<unsigned char> octets(PXBase64Decode(text.left(size).constData(), nullptr));
@@ -531,7 +529,7 @@ void TestPxcppBase64::sizesOfTheBuffers()
     // A text by table is given four characters more than its groups take.
     for (const auto &[size, octets] :
          {std::pair(0, 5), {1, 6}, {2, 7}, {3, 9}, {4, 10}, {300, 405}}) {
-        const Freed<char> encoded(EnCodeBase64Ex(data.constData(), size, kStandard));
+        const Freed<char> base64Of(EnCodeBase64Ex(data.constData(), size, kStandard));
         QCOMPARE(asked, std::size_t(octets));
     }
 }

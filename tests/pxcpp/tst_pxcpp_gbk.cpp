@@ -1,3 +1,4 @@
+#include "tests/pxcpp/units.h"
 #include "tests/support/child_process.h"
 #include "tests/support/guarded_buffer.h"
 
@@ -6,13 +7,8 @@
 #include <iconv.h>
 #include <QRandomGenerator>
 #include <QTest>
-#include <vector>
-
-PX_SMALL_ALLOCATIONS
 
 namespace {
-
-using Units = std::vector<unsigned int>;
 
 QByteArray gbkOf(const Units &units)
 {
@@ -92,8 +88,6 @@ private:
 };
 
 } // namespace
-
-Q_DECLARE_METATYPE(Units)
 
 class TestPxcppGbk : public QObject
 {

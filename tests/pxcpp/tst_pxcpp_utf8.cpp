@@ -1,3 +1,4 @@
+#include "tests/pxcpp/units.h"
 #include "tests/support/child_process.h"
 #include "tests/support/guarded_buffer.h"
 
@@ -76,12 +77,9 @@ std::vector<unsigned int> units(const QByteArray &text, int capacity, int &count
     return {output.get(), output.get() + capacity + 1};
 }
 
-using Units = std::vector<unsigned int>;
 constexpr unsigned int kUntouched = 0xA5A5A5A5;
 
 } // namespace
-
-Q_DECLARE_METATYPE(Units)
 
 class TestPxcppUtf8 : public QObject
 {

@@ -47,7 +47,7 @@ child_end runInChild(Body body)
 }
 
 /// Runs `body` in a forked child that gets no more memory: with a sanitizer no more than the limit
-/// in `PX_SMALL_ALLOCATIONS`, without one hardly any.
+/// in programs with small_allocations.cpp, without one hardly any.
 template <typename Body>
 child_end runWithoutMemory(Body body)
 {
@@ -64,10 +64,3 @@ child_end runWithoutMemory(Body body)
 #endif
     });
 }
-
-/// Lets the sanitizer's allocator fail as the C library's does.
-#define PX_SMALL_ALLOCATIONS                                                                       \
-    extern "C" const char *__asan_default_options()                                                \
-    {                                                                                              \
-        return "allocator_may_return_null=1:max_allocation_size_mb=64";                            \
-    }

@@ -1,5 +1,6 @@
 #include "tests/support/install_tree.h"
 #include "tests/support/message_recorder.h"
+#include "tests/util/utf8_text.h"
 #include "util/c_language.h"
 #include "util/c_util.h"
 #include "util/file_descriptor.h"
@@ -21,11 +22,6 @@ QByteArray configuration(const QByteArray &code)
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<PXClientConfig>\n <Language>\n  "
            "<PXClient>" +
            code + "</PXClient>\n </Language>\n</PXClientConfig>\n";
-}
-
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "tests/support/message_recorder.h"
+#include "tests/util/utf8_text.h"
 #include "util/c_language.h"
 #include "util/debug_line.h"
 #include "util/text_keys.h"
@@ -8,15 +9,6 @@
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
 #include <QTextCodec>
 #endif
-
-namespace {
-
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
-} // namespace
 
 // The ways to a text, with the language file and the English configuration that are shipped.
 class TestUtilTexts : public QObject
