@@ -1,6 +1,9 @@
 # How tests are added: programs, what they need, and how CTest runs them.
 include_guard(GLOBAL)
 find_package(Qt${PX_QT_MAJOR} REQUIRED COMPONENTS Test Network)
+# Qt 6 defines each target's own folders here too, for QFINDTESTDATA, which no test uses; no two targets
+# could share precompiled headers then.
+set_property(TARGET Qt${PX_QT_MAJOR}::Test PROPERTY INTERFACE_COMPILE_DEFINITIONS QT_TESTLIB_LIB)
 
 # The tests' own install tree: a program in tests/bin finds core, texts and settings as the viewer
 # does.
@@ -35,9 +38,6 @@ endfunction()
 # px_add_precompiled_headers(<kind> <library>...)
 # The toolkit's test headers, compiled once for all tests that have the kind's libraries.
 function(px_add_precompiled_headers kind)
-    if(PX_QT_MAJOR EQUAL 6) # whose test library defines each target's own folder for it
-        return()
-    endif()
     file(CONFIGURE OUTPUT "${PX_TEST_DIR}/precompiled.cpp" CONTENT "int main() {}\n")
     add_executable(px_precompiled_${kind} "${PX_TEST_DIR}/precompiled.cpp")
     target_precompile_headers(px_precompiled_${kind} PRIVATE <QTest>)
@@ -47,7 +47,7 @@ endfunction()
 # px_precompile(<target>): the target takes the precompiled headers of its kind, where it is of one.
 function(px_precompile target)
     get_target_property(libraries ${target} LINK_LIBRARIES)
-    if(NOT TARGET px_precompiled_core OR libraries MATCHES Network)
+    if(libraries MATCHES Network)
         return()
     endif()
     if(pxapp IN_LIST libraries)
