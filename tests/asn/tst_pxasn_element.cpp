@@ -9,14 +9,14 @@ using namespace der;
 
 namespace {
 
-QByteArray sample()
+QByteArray nested()
 {
     return sequence({sequence({integer("01"), oid("550403")}), tlv(0x1E, QByteArray("\0A", 2)),
                      tlv(0x03, QByteArray("\0\xAB", 2)), utf8("four")});
 }
 
 // Lets a test put a hole into the list, which nothing in the layer does.
-class Holey : public PXAsn
+class HoleyDocument : public PXAsn
 {
 public:
     using PXAsn::PXAsn;
@@ -110,21 +110,22 @@ private slots:
     {
         QTest::addColumn<int>("change");
         m_changes = {
-            [](Holey &) {},
-            [](Holey &document) { document.getChild(0, 0)->getChild(1, 0); },
-            [](Holey &document) { document.remove(1); },
-            [](Holey &document) { document.addSample(0x02)->setData("\x7F"); },
-            [](Holey &document) { document.addSample(0x30); }, // an object without node
-            [](Holey &document) { document.addStruct(0x30)->addSample(0x02); },
-            [](Holey &document) { document.addBlock(integer("09")); },
-            [](Holey &document) { document.getChild(0, 0)->remove(0); },
-            [](Holey &document) { document.close(); },
-            [](Holey &document) { document.addHole(); },
-            [](Holey &document) {
+            [](HoleyDocument &) {},
+            [](HoleyDocument &document) { document.getChild(0, 0)->getChild(1, 0); },
+            [](HoleyDocument &document) { document.remove(1); },
+            [](HoleyDocument &document) { document.addSample(0x02)->setData("\x7F"); },
+            [](HoleyDocument &document) { document.addSample(0x30); }, // an object without node
+            [](HoleyDocument &document) { document.addStruct(0x30)->addSample(0x02); },
+            [](HoleyDocument &document) { document.addBlock(integer("09")); },
+            [](HoleyDocument &document) { document.getChild(0, 0)->remove(0); },
+            [](HoleyDocument &document) { document.close(); },
+            [](HoleyDocument &document) { document.addHole(); },
+            [](HoleyDocument &document) {
                 document.open(integer("01"));
                 document.addHole();
             },
-            [](Holey &document) { // the added one stands for the document, and then for less
+            [](HoleyDocument
+                   &document) { // the added one stands for the document, and then for less
                 document.addBlock(integer("09"));
                 document.remove(0);
             },
@@ -139,8 +140,8 @@ private slots:
     void asItsBlock()
     {
         QFETCH(int, change);
-        Holey document(nullptr);
-        QCOMPARE(document.open(sample()), 1);
+        HoleyDocument document(nullptr);
+        QCOMPARE(document.open(nested()), 1);
         m_changes[static_cast<std::size_t>(change)](document);
         const PXAsnElement element(&document);
         const QString saidBefore = said(element) + saidBelow(element);
@@ -153,7 +154,7 @@ private slots:
 
     void withoutNodeNothingIsGiven()
     {
-        Holey document(nullptr);
+        HoleyDocument document(nullptr);
         document.addHole();
         const QByteArray printed =
             printedBy([&] { QVERIFY(!PXAsnElement(&document).getChild(0, ASN_TAG_ANY)); });
@@ -163,7 +164,7 @@ private slots:
     void makesNoObject()
     {
         PXAsn document(nullptr);
-        QCOMPARE(document.open(sample()), 1);
+        QCOMPARE(document.open(nested()), 1);
         const PXAsnElement inner = PXAsnElement(&document).getChild(0, 0x30);
         QVERIFY(inner.hasChildren() && inner.checkTag(0x30) && !inner.checkTag(0x31));
         QCOMPARE(inner.getChildCount(), 2);
@@ -173,7 +174,7 @@ private slots:
     }
 
 private:
-    std::vector<void (*)(Holey &)> m_changes;
+    std::vector<void (*)(HoleyDocument &)> m_changes;
 };
 
 QTEST_GUILESS_MAIN(TestPxasnElement)
