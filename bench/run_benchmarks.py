@@ -295,7 +295,7 @@ PARTS = {
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("build")
-    parser.add_argument("parts", nargs="*", choices=[[], *PARTS], default=list(PARTS))
+    parser.add_argument("parts", nargs="*", choices=[[], *PARTS])
     parser.add_argument("--rounds", type=int, default=25)
     arguments = parser.parse_args()
     print(f"Machine: {machine()}; load {os.getloadavg()[0]:.1f} when it began.  \n"

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The shell scripts of the project: with-xvfb gives each caller a display of its own and hands on the
-# command's status, and run.sh refuses a file that is not there.
+# command's status, run.sh refuses a file that is not there, and bench.sh's measuring takes all parts when
+# none is named.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/../.." && pwd)
 
@@ -9,7 +10,7 @@ fail() {
     exit 1
 }
 
-for script in "$top"/run.sh "$top"/test.sh "$top"/coverage.sh "$top"/fuzz.sh "$top"/.ci/run "$top"/tools/{check,set-up,with-xvfb,window-picture}; do
+for script in "$top"/run.sh "$top"/test.sh "$top"/coverage.sh "$top"/fuzz.sh "$top"/bench.sh "$top"/.ci/run "$top"/tools/{check,set-up,with-xvfb,window-picture}; do
     [ -x "$script" ] || fail "$script is not executable"
     bash -n "$script"
 done
@@ -27,3 +28,6 @@ screen=$("$top/tools/with-xvfb" xdpyinfo | grep dimensions)
 status=0
 output=$("$top/run.sh" "$top/no such file" 2>&1) || status=$?
 [ $status = 1 ] && grep -q 'there is no file' <<<"$output" || fail "run.sh took a file that is not there: $output"
+
+output=$("$top/bench/run_benchmarks.py" "$top/no such build" 2>&1) && fail "it measured what is not there"
+grep -q 'no such build/bin' <<<"$output" || "no part is measured: $output"
