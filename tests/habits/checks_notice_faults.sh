@@ -8,6 +8,7 @@ trap 'rm -rf "$tree"' EXIT
 mkdir -p "$tree"/{tools,app,asn,cert,core,docs,pxcpp,util,signaturecore,tests}
 cp "$top"/tools/check* "$tree/tools"
 cp "$top"/{.clang-format,.clang-tidy} "$tree"
+printf '// Read together with some.cpp.\nint notGiven()\n{\n    return 1;\n}\n' >"$tree/app/other.cpp"
 export PX_BUILD_DIR=$tree/build
 
 cat >"$tree/CMakeLists.txt" <<PROJECT
@@ -15,7 +16,7 @@ cmake_minimum_required(VERSION 3.25)
 project(small LANGUAGES CXX)
 include("$top/cmake/PXTargets.cmake")
 find_package(Qt$1 REQUIRED COMPONENTS Core)
-px_add_library(small SOURCES app/some.cpp app/some.h LINK Qt$1::Core)
+px_add_library(small SOURCES app/some.cpp app/some.h app/other.cpp LINK Qt$1::Core)
 PROJECT
 in_order() {
     printf '#pragma once\n\n#include <QStringList>\n\nQStringList given();\n' >"$tree/app/some.h"
@@ -70,6 +71,12 @@ echo 'The road.' >"$tree/docs/architecture.md"
 notices docs 'draws no road'
 
 source_notices tidy modernize-use-nullptr 'int *nothing()' '{' '    return 0;' '}'
+source_notices tidy clang-analyzer-core.NullDereference \
+    'int pointed(int *place)' '{' '    if (!place)' '        return *place;' '    return 1;' '}'
+source_notices tidy modernize-deprecated-headers '#include <stdlib.h>'
+# Sources that define the same can't be read as one.
+printf 'static int one() { return 1; }\n' >>"$tree/app/other.cpp"
+source_notices tidy modernize-use-nullptr 'static int *one()' '{' '    return 0;' '}'
 # What passed is looked at again when a header that it includes has changed.
 printf '\ninline int *nothing()\n{\n    return 0;\n}\n' >>"$tree/app/some.h"
 notices tidy modernize-use-nullptr
