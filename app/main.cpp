@@ -25,6 +25,14 @@ static void keepFreedMemory()
 #endif
 }
 
+static void settleProcess()
+{
+    // Whoever reads the diagnostics may end before the window does.
+    std::signal(SIGPIPE, SIG_IGN);
+    keepFreedMemory();
+    rememberStartDirectory();
+}
+
 int main(int argc, char *argv[])
 {
     descriptors::fillStandardStreams();
@@ -32,10 +40,7 @@ int main(int argc, char *argv[])
         qDebug("too few file descriptors are left");
         return 1;
     }
-    // Whoever reads the diagnostics may end before the window does.
-    std::signal(SIGPIPE, SIG_IGN);
-    keepFreedMemory();
-    rememberStartDirectory();
+    settleProcess();
     const QString id = QStringLiteral("PXViewCertTool   master application");
     const QString message = QStringLiteral("raise_window_noop");
     if (handOver(id, message))

@@ -42,6 +42,7 @@ stASN_CHILD_CELL *freeNode(stASN_BLOCK_HEADER *node, stASN_CHILD_CELL *behind)
     if (!ASNHoldsChildren(node)) {
         std::free(node->content);
     } else if (ASNFirstCell(node)) {
+        // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): with a first cell there is a last
         asStruct(node)->lastChild->next = behind;
         orphans = asStruct(node)->firstChild;
     }
