@@ -30,4 +30,4 @@ output=$("$top/run.sh" "$top/no such file" 2>&1) || status=$?
 [ $status = 1 ] && grep -q 'there is no file' <<<"$output" || fail "run.sh took a file that is not there: $output"
 
 output=$("$top/bench/run_benchmarks.py" "$top/no such build" 2>&1) && fail "it measured what is not there"
-grep -q 'no such build/bin' <<<"$output" || "no part is measured: $output"
+grep -q 'no such build/bin' <<<"$output" || fail "no part is measured: $output"
