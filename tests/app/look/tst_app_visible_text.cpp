@@ -69,6 +69,8 @@ void TestAppVisibleText::characters_data()
     QTest::newRow("half a pair") << QString(QChar(0xD83D)) + QLatin1Char('a') << text("‹U+D83D›a");
     QTest::newRow("half a pair at the end")
         << QLatin1Char('a') + QString(QChar(0xD83D)) << text("a‹U+D83D›");
+    QTest::newRow("the other half alone")
+        << QLatin1Char('a') + QString(QChar(0xDE00)) << text("a‹U+DE00›");
     QTest::newRow("NUL") << QString(QChar(0)) << text("‹U+0000›");
 }
 
