@@ -36,7 +36,8 @@ def shown(text):
 
 def described(part):
     """Role, name, what is more of it than the name, and states, for people to read."""
-    words = [part.get_role_name(), f'"{shown(part.get_name())}"']
+    role = part.get_role_name().replace("push button", "button") # newer releases' name for it
+    words = [role, f'"{shown(part.get_name())}"']
     if part.get_role() == Atspi.Role.COMBO_BOX:
         words.append("of value " + Atspi.Text.get_text(part, 0, -1))
     states = part.get_state_set()
