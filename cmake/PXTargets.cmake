@@ -18,7 +18,7 @@ add_compile_options(
     "$<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2;-fstack-protector-strong>")
 add_link_options("$<$<CONFIG:Release>:LINKER:-z,relro,-z,now>")
 if(PX_QT_MAJOR EQUAL 6)
-    add_compile_definitions(QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+    add_compile_definitions(QT_DISABLE_DEPRECATED_BEFORE=0x060400 QT_WARN_DEPRECATED_UP_TO=0x060400)
 else()
     add_compile_definitions(QT_DISABLE_DEPRECATED_BEFORE=0x050F00)
 endif()
