@@ -117,7 +117,7 @@ private:
 // Where they are at scale 1.
 void TestAppLines::initTestCase()
 {
-    QVERIFY(QGuiApplication::primaryScreen()->size().height() >= 3 * 697);
+    QVERIFY(QGuiApplication::primaryScreen()->size().height() >= 4 * 697);
     MainWindow window;
     const auto place = [&](QWidget *widget) {
         return QRect(widget->mapTo(&window, QPoint(0, 0)), widget->size());
@@ -198,6 +198,7 @@ void TestAppLines::pictures_data()
     QTest::newRow("1") << 1 << QByteArray();
     QTest::newRow("2") << 2 << QByteArray("@2x");
     QTest::newRow("3") << 3 << QByteArray("@3x");
+    QTest::newRow("4") << 4 << QByteArray("@3x"); // the largest there is
 }
 
 // Each is seen in its version for the scale, pixel by pixel.
@@ -245,11 +246,10 @@ void TestAppLines::pictures()
     QTest::qWait(300);
     const QSize room(18, 18);
     const QRect arrow(m_arrow.center() - QPoint(8, 8), room);
-    const QImage expected =
-        scale == 1 ? QImage()
-                   : drawn(file("res/combo1_room").constData(), room * scale, plain(room));
-    if (!expected.isNull())
-        verifySame(seen(arrow), expected);
+    const bool isScaled = scale == 1 || scale > 3; // by the toolkit, which takes the nearest pixels
+    if (!isScaled)
+        verifySame(seen(arrow),
+                   drawn(file("res/combo1_room").constData(), room * scale, plain(room)));
 }
 
 QTEST_MAIN(TestAppLines)
