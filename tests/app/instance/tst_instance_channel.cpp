@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstring>
 #include <ctime>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -20,8 +23,33 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <thread>
+#include <vector>
 
 using namespace instance_channel;
+
+namespace {
+
+// What the first calls of send do: take so many octets at most, or fail with the error whose
+// negative it is.
+std::vector<int> firstSends; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+std::atomic<std::size_t> sends{0};
+
+} // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names.
+extern "C" {
+ssize_t __real_send(int socket, const void *octets, std::size_t length, int flags);
+ssize_t __wrap_send(int socket, const void *octets, std::size_t length, int flags)
+{
+    const std::size_t number = sends++;
+    const int most = number < firstSends.size() ? firstSends[number] : INT_MAX;
+    if (most >= 0)
+        return __real_send(socket, octets, std::min<std::size_t>(length, most), flags);
+    errno = -most;
+    return -1;
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -85,6 +113,8 @@ private slots:
     void message_data();
     void message();
     void longestMessage();
+    void whatSendDoes_data();
+    void whatSendDoes();
     void tooLongMessageIsRefusedAtOnce();
     void socketIsForTheUserAlone();
     void staleSocketIsReplaced();
@@ -99,9 +129,11 @@ private slots:
     void brokenClientsDelayNobody();
     void theOldestOfTooManyClientsIsDropped();
     void tooLongFrameIsCutOff();
+    void clientThatLeavesEarlyIsDropped();
     void idleClientsAreDropped();
     void oneMessageAConnection();
     void messageInPieces();
+    void longestMessageInPieces();
     void connectionEndsBeforeTheMessageIsHeard();
     void socketGoesWithItsServer();
     void clientThatLeavesAtOnceIsHeard();
@@ -155,6 +187,29 @@ void TestInstanceChannel::longestMessage()
     QCOMPARE(received.at(0).at(0).toString(), text);
 }
 
+void TestInstanceChannel::whatSendDoes_data()
+{
+    QTest::addColumn<std::vector<int>>("first");
+    QTest::addColumn<int>("calls"); // the last is the answer's
+    QTest::newRow("goes on") << std::vector<int>{5, -EAGAIN, 5, -EINTR} << 6;
+    QTest::newRow("begins anew") << std::vector<int>{5, 5, -EPIPE, 5, 5} << 7;
+}
+
+void TestInstanceChannel::whatSendDoes()
+{
+    QFETCH(std::vector<int>, first);
+    QFETCH(int, calls);
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    firstSends = first;
+    sends = 0;
+    QVERIFY(sendWhileServing(m_path, QStringLiteral("twelve chars"), 2000));
+    QCOMPARE(int(sends), calls);
+    QCOMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("twelve chars"));
+}
+
 void TestInstanceChannel::tooLongMessageIsRefusedAtOnce()
 {
     InstanceServer server;
@@ -194,8 +249,10 @@ void TestInstanceChannel::staleSocketIsReplaced()
 void TestInstanceChannel::pathTooLongToListen()
 {
     InstanceServer server;
-    QVERIFY(!server.listen(m_path + QString(200, QLatin1Char('x'))));
-    QVERIFY(!server.errorText().isEmpty());
+    for (const std::size_t length : {sizeof(sockaddr_un::sun_path), std::size_t(300)}) {
+        QVERIFY(!server.listen(m_path.leftJustified(int(length), QLatin1Char('x'))));
+        QCOMPARE(server.errorText(), QString::fromLocal8Bit(std::strerror(ENAMETOOLONG)));
+    }
 }
 
 void TestInstanceChannel::senderWaitsForAServerThatIsLate()
@@ -334,6 +391,19 @@ void TestInstanceChannel::tooLongFrameIsCutOff()
     QCOMPARE(client.bytesAvailable(), 0);
 }
 
+void TestInstanceChannel::clientThatLeavesEarlyIsDropped()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QLocalSocket client;
+    client.connectToServer(m_path);
+    client.write(header(10) + "12345");
+    QTRY_COMPARE(server.children().size(), 1);
+    QTest::qWait(20); // it is heard
+    client.abort();
+    QTRY_COMPARE_WITH_TIMEOUT(server.children().size(), 0, 2000); // before idle ones are
+}
+
 void TestInstanceChannel::idleClientsAreDropped()
 {
     InstanceServer server;
@@ -378,12 +448,27 @@ void TestInstanceChannel::messageInPieces()
     QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("one"));
 }
 
+void TestInstanceChannel::longestMessageInPieces()
+{
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    QSignalSpy received(&server, &InstanceServer::messageReceived);
+    QLocalSocket client;
+    client.connectToServer(m_path);
+    client.write(header(kMaxMessageSize) + 'x');
+    QTest::qWait(20);
+    client.write(QByteArray(kMaxMessageSize - 1, 'x'));
+    QTRY_COMPARE(received.size(), 1);
+    QCOMPARE(received.at(0).at(0).toString(), QString(kMaxMessageSize, QLatin1Char('x')));
+}
+
 // Its descriptor is not kept while a slot keeps the event loop waiting.
 void TestInstanceChannel::connectionEndsBeforeTheMessageIsHeard()
 {
     InstanceServer server;
     QVERIFY(server.listen(m_path));
     QLocalSocket client;
+    const MessageRecorder recorder;
     bool hasEnded = false;
     connect(&server, &InstanceServer::messageReceived, this, [&] {
         QEventLoop loop; // which deletes nothing that is to be deleted later
@@ -396,6 +481,7 @@ void TestInstanceChannel::connectionEndsBeforeTheMessageIsHeard()
     client.write(header(3) + "one");
     QTRY_COMPARE(client.state(), QLocalSocket::UnconnectedState);
     QTRY_VERIFY(hasEnded);
+    QCOMPARE(MessageRecorder::messages(), QStringList()); // of a descriptor that is none any more
 }
 
 void TestInstanceChannel::socketGoesWithItsServer()
