@@ -105,6 +105,14 @@ int parsed(Program &program)
         program.debugLines().count(QStringLiteral("[PXCertificate::parseTBSCertificate] end")));
 }
 
+void changeTexts(const ViewerTree &tree, const QByteArray &text, const QByteArray &other)
+{
+    const char *name = "languages/PXViewCertTool_Lang.ini";
+    QFile file(tree.path(name));
+    if (!file.open(QIODevice::ReadOnly) || !tree.write(name, file.readAll().replace(text, other)))
+        qFatal("the language file can't be changed");
+}
+
 } // namespace
 
 // The program as a whole, from outside.
@@ -148,6 +156,8 @@ private slots:
     void languages_data();
     void languages();
     void aMissingKeyShowsItself();
+    void labelsKeyIsNotRead_data();
+    void labelsKeyIsNotRead();
     void withoutLanguageFile();
     void textsPassThroughTheLocale();
     void darkDesktop();
@@ -639,15 +649,34 @@ void TestAppProcess::languages()
 void TestAppProcess::aMissingKeyShowsItself()
 {
     const ViewerTree tree;
-    const char *name = "languages/PXViewCertTool_Lang.ini";
-    QFile file(tree.path(name));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QVERIFY(tree.write(name, file.readAll().replace("PXCERTREAD_0039=", "PXCERTREAD_0038=")));
+    changeTexts(tree, "PXCERTREAD_0039=", "PXCERTREAD_0038=");
     Program probe(tree, "window_probe", {});
     QCOMPARE(probe.end(), 0);
     QVERIFY(probe.outputLines().contains(QStringLiteral("caption=PXCERTREAD_0039")));
     QVERIFY(probe.outputLines().contains(QStringLiteral("tab=General")));
     QVERIFY(probe.outputLines().contains(QString::fromUtf8("title=证书查看器")));
+}
+
+void TestAppProcess::labelsKeyIsNotRead_data()
+{
+    QTest::addColumn<QByteArray>("label");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("beside the text") << QByteArray("Show(&S)") << QStringLiteral("Show");
+    QTest::newRow("alone") << QByteArray("(&S)") << QString();
+    QTest::newRow("not opened") << QByteArray("Show &S)") << QStringLiteral("Show S)");
+    QTest::newRow("not closed") << QByteArray("Show (&S") << QStringLiteral("Show (S");
+}
+
+// However somebody writes it into the language file.
+void TestAppProcess::labelsKeyIsNotRead()
+{
+    QFETCH(QByteArray, label);
+    QFETCH(QString, name);
+    const ViewerTree tree;
+    changeTexts(tree, "\"&Show:\"", '"' + label + '"');
+    Program probe(tree, "window_probe", {});
+    QCOMPARE(probe.end(), 0);
+    QVERIFY(probe.outputLines().contains(QStringLiteral("selector=") + name));
 }
 
 void TestAppProcess::withoutLanguageFile()
