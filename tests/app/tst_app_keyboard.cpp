@@ -138,6 +138,7 @@ private slots:
     void tabGoesInReadingOrder();
     void arrowsChangeTheTabAtOnce();
     void focusIsMarked();
+    void noMarkBeforeAKey();
     void markStandsOut();
     void markIsDarkInLight();
     void mouseTakesTheMarkAway();
@@ -575,9 +576,18 @@ void TestAppKeyboard::focusIsMarked()
             const QRect place(focused->mapTo(&keyed.window, QPoint(0, 0)), focused->size());
             if (!qobject_cast<QTabBar *>(focused))
                 QCOMPARE(marks.first()->geometry(), place.adjusted(-3, -3, 3, 3));
+            QVERIFY(keyed.window.childAt(place.center()) != marks.first()); // no mouse sees it
             QTest::keyClick(focused, Qt::Key_Tab);
         }
     }
+}
+
+void TestAppKeyboard::noMarkBeforeAKey()
+{
+    MainWindow window;
+    window.setAttribute(Qt::WA_DontShowOnScreen); // where nothing gets the focus
+    window.show();
+    QVERIFY(!window.findChild<FocusMark *>()->isVisible());
 }
 
 void TestAppKeyboard::markStandsOut()

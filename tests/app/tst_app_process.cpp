@@ -163,6 +163,7 @@ private slots:
     void darkDesktop();
     void displayChoice_data();
     void displayChoice();
+    void takesX11OfBoth();
 };
 
 void TestAppProcess::withoutArgument()
@@ -770,6 +771,18 @@ void TestAppProcess::displayChoice()
     for (const auto &[name, value] : variables)
         qputenv(name, before.takeFirst());
     QCOMPARE(result, platform);
+}
+
+// Where the toolkit would look for Wayland first.
+void TestAppProcess::takesX11OfBoth()
+{
+    ViewerTree tree;
+    tree.environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    tree.environment.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
+    tree.environment.insert(QStringLiteral("WAYLAND_DISPLAY"), QStringLiteral("wayland-0"));
+    Program program(tree, kViewer, {example("server.pem")});
+    QVERIFY(!program.window().isEmpty());
+    QCOMPARE(program.debugLines().filter(QStringLiteral("wayland")), QStringList());
 }
 
 QTEST_MAIN(TestAppProcess)

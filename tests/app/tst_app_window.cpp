@@ -716,6 +716,7 @@ void TestAppWindow::tipsKeepTheDesktopsFont()
     const QFont usual = QToolTip::font();
     program_look::dress();
     QVERIFY(QApplication::font() != usual);
+    QCOMPARE(QApplication::font().pixelSize(), 14);
     QCOMPARE(QToolTip::font(), usual);
 }
 

@@ -1,11 +1,13 @@
 #include "app/look/program_look.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QScopedPointer>
 #include <QStyleFactory>
 #include <QStyleOption>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QToolTip>
 
@@ -84,6 +86,8 @@ private slots:
     void linesAcross();
     void otherControls();
     void openGlTheUserNamedIsLoaded();
+    void sessionBus_data();
+    void sessionBus();
 
 private:
     QScopedPointer<QStyle> m_toolkits;
@@ -91,6 +95,7 @@ private:
 
 void TestAppLook::initTestCase()
 {
+    QToolTip::setPalette(QPalette(Qt::black)); // as a desktop may
     program_look::dress();
     m_toolkits.reset(QStyleFactory::create(QStringLiteral("Fusion")));
     QVERIFY(m_toolkits);
@@ -191,6 +196,43 @@ void TestAppLook::openGlTheUserNamedIsLoaded()
     program_look::leaveOutTheUnused();
     QCOMPARE(qgetenv(kChoice), QByteArray("none"));
     qputenv(kChoice, before);
+}
+
+void TestAppLook::sessionBus_data()
+{
+    QTest::addColumn<QByteArray>("address");
+    QTest::addColumn<QString>("file"); // in the user's folder, which is the path too
+    QTest::addColumn<QByteArray>("left");
+    const QByteArray none;
+    QTest::newRow("nowhere") << none << QStringLiteral("other") << QByteArray("disabled:");
+    QTest::newRow("named") << QByteArray("unix:path=/x") << QStringLiteral("other")
+                           << QByteArray("unix:path=/x");
+    QTest::newRow("in the folder") << none << QStringLiteral("bus") << none;
+    QTest::newRow("who starts one") << none << QStringLiteral("dbus-launch") << none;
+}
+
+void TestAppLook::sessionBus()
+{
+    QFETCH(QByteArray, address);
+    QFETCH(QString, file);
+    QFETCH(QByteArray, left);
+    const QTemporaryDir folder;
+    QFile made(folder.filePath(file));
+    QVERIFY(made.open(QIODevice::WriteOnly) &&
+            made.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    const QByteArray path = QFile::encodeName(folder.path());
+    const std::pair<const char *, QByteArray> variables[] = {
+        {"DBUS_SESSION_BUS_ADDRESS", address}, {"XDG_RUNTIME_DIR", path}, {"PATH", path}};
+    QList<QByteArray> before;
+    for (const auto &[name, value] : variables) {
+        before.append(qgetenv(name));
+        qputenv(name, value);
+    }
+    program_look::leaveOutTheUnused();
+    const QByteArray result = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    for (const auto &[name, value] : variables)
+        qputenv(name, before.takeFirst());
+    QCOMPARE(result, left);
 }
 
 QTEST_MAIN(TestAppLook)

@@ -131,6 +131,7 @@ void TestAppVisibleText::piecesKeepTheText()
             together += piece.original.isEmpty() ? piece.shown : piece.original;
         QCOMPARE(together, given);
     }
+    QCOMPARE(visible_text::pieces(text("abc"), LineFeeds::Stay).size(), std::size_t(1));
 }
 
 void TestAppVisibleText::isLinear()
