@@ -103,6 +103,18 @@ bool XDisplay::takeEvent() const
     return owned(xcb_poll_for_event(m_connection)) != nullptr;
 }
 
+void XDisplay::setIcon(quintptr window, const QByteArray &numbers) const
+{
+    // What is longer than the server takes would end the connection.
+    const auto count = static_cast<uint32_t>(numbers.size() / 4);
+    constexpr uint32_t kHeader = sizeof(xcb_change_property_request_t) / 4 + 1;
+    if (count + kHeader > xcb_get_maximum_request_length(m_connection))
+        return;
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window),
+                        atom("_NET_WM_ICON"), XCB_ATOM_CARDINAL, 32, count, numbers.constData());
+    xcb_flush(m_connection);
+}
+
 void XDisplay::shape(quintptr window, const QRegion &region) const
 {
     if (!hasExtension(m_connection, &xcb_shape_id))
@@ -127,12 +139,16 @@ void XDisplay::unshape(quintptr window) const
     xcb_flush(m_connection);
 }
 
-quint32 XDisplay::compositor() const
+quint32 XDisplay::atom(const QByteArray &name) const
 {
-    const QByteArray name = "_NET_WM_CM_S" + QByteArray::number(m_screen);
     const auto reply = owned(xcb_intern_atom_reply(
         m_connection,
         xcb_intern_atom(m_connection, 0, static_cast<uint16_t>(name.size()), name.constData()),
         nullptr));
     return reply ? reply->atom : XCB_NONE;
+}
+
+quint32 XDisplay::compositor() const
+{
+    return atom("_NET_WM_CM_S" + QByteArray::number(m_screen));
 }

@@ -32,12 +32,18 @@ public:
     /// Whether there was an event, which is gone then.
     bool takeEvent() const;
 
-    /// Gives a window of this program, which the server must know, a shape in the server's pixels,
-    /// and takes it away.
+    // For a window of this program, which the server must know:
+
+    /// Gives it an icon: of each size the width, the height and the pixels,
+    /// numbers of 32 bits as this machine has them.
+    void setIcon(quintptr window, const QByteArray &numbers) const;
+    /// Gives it a shape in the server's pixels, and takes it away.
     void shape(quintptr window, const QRegion &region) const;
     void unshape(quintptr window) const;
 
 private:
+    /// The number that the server has for a name; 0 when it can't tell.
+    quint32 atom(const QByteArray &name) const;
     /// The selection that a compositor owns.
     quint32 compositor() const;
 

@@ -1,5 +1,6 @@
-#include "app/look/window_shape.h"
+#include "app/look/server_window.h"
 
+#include "app/look/pixels.h"
 #include "app/look/window_style.h"
 #include "app/look/x_display.h"
 
@@ -82,30 +83,44 @@ QRegion opaquePart(QWidget *window)
     return region;
 }
 
+bool isOnServer()
+{
+    return QGuiApplication::platformName() == QLatin1String("xcb");
+}
+
 } // namespace
 
-WindowShape::WindowShape(QWidget *window)
+ServerWindow::ServerWindow(QWidget *window)
     : QObject(window)
     , m_window(window)
 {
     window->installEventFilter(this);
 }
 
-WindowShape::~WindowShape() = default;
+ServerWindow::~ServerWindow() = default;
 
-bool WindowShape::eventFilter(QObject *watched, QEvent *event)
+bool ServerWindow::hasIcon()
 {
-    if (event->type() == QEvent::Show && !m_display &&
-        QGuiApplication::platformName() == QLatin1String("xcb"))
+    return isOnServer() && !pixels::icon().isEmpty();
+}
+
+bool ServerWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Show && !m_display && isOnServer())
         begin();
     return QObject::eventFilter(watched, event);
 }
 
-void WindowShape::begin()
+void ServerWindow::begin()
 {
     m_display = std::make_unique<XDisplay>();
     if (!m_display->isConnected())
         return;
+    const WId id = m_window->winId();
+    QCursor::pos(); // whose answer comes after the window was made, which waits to be sent till
+                    // then
+    if (hasIcon())
+        m_display->setIcon(id, pixels::icon());
     m_display->watchCompositor();
     auto *news = new QSocketNotifier(m_display->descriptor(), QSocketNotifier::Read, this);
     connect(news, &QSocketNotifier::activated, this, [this, news] {
@@ -116,7 +131,7 @@ void WindowShape::begin()
     follow();
 }
 
-void WindowShape::follow()
+void ServerWindow::follow()
 {
     const WId id = m_window->winId();
     if (m_display->isComposed()) {
@@ -125,8 +140,6 @@ void WindowShape::follow()
         m_shaped = false;
         return;
     }
-    QCursor::pos(); // whose answer comes after the window was made, which waits to be sent till
-                    // then
     m_display->shape(id, opaquePart(m_window));
     m_shaped = true;
 }
