@@ -120,6 +120,7 @@ MainWindow::MainWindow(QWidget *parent)
     new TitleTranslation(this);
     accessible_parts::install();
 
+    const program_look::WithoutPlugins whilePicturesAreRead;
     ui->setupUi(this);
     setUpFrame();
     setUpLabels();
@@ -239,6 +240,7 @@ void MainWindow::setUpButtons()
     connect(closeButton, &QToolButton::clicked, this, &MainWindow::Exit);
     connect(bottomButton, &QPushButton::clicked, this, &MainWindow::Exit);
     closeButton->setStyleSheet(closeButtonStyle());
+    closeButton->ensurePolished(); // which reads the picture
     bottomButton->setStyleSheet(bottomButtonStyle(m_scale));
     bottomButton->setCursor(Qt::PointingHandCursor);
 
