@@ -192,6 +192,9 @@ void MainWindow::setUpTable()
     table->setGeometry(placed(kTable, m_scale));
     header->setDefaultAlignment(Qt::AlignLeft);
     header->setHighlightSections(false);
+    // Much less than either column has: else the toolkit asks the header's font, which is opened
+    // for that alone while its page is hidden.
+    header->setMinimumSectionSize(0);
     table->setHorizontalHeaderLabels(
         {texts::shown(text_keys::kColumnField), texts::shown(text_keys::kColumnValue)});
     table->setColumnWidth(kNameColumn, table->width() / 5 * 2);
