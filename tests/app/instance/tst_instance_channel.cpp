@@ -23,6 +23,7 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace instance_channel;
@@ -31,8 +32,10 @@ namespace {
 
 // What the first calls of send do: take so many octets at most, or fail with the error whose
 // negative it is.
-std::vector<int> firstSends; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
+std::vector<int> firstSends;
 std::atomic<std::size_t> sends{0};
+
+int acceptError = 0; // of the next call of accept4, if any
 
 } // namespace
 
@@ -46,6 +49,16 @@ ssize_t __wrap_send(int socket, const void *octets, std::size_t length, int flag
     if (most >= 0)
         return __real_send(socket, octets, std::min<std::size_t>(length, most), flags);
     errno = -most;
+    return -1;
+}
+
+int __real_accept4(int socket, sockaddr *address, socklen_t *length, int flags);
+int __wrap_accept4(int socket, sockaddr *address, socklen_t *length, int flags)
+{
+    const int error = std::exchange(acceptError, 0);
+    if (error == 0)
+        return __real_accept4(socket, address, length, flags);
+    errno = error;
     return -1;
 }
 }
@@ -139,6 +152,8 @@ private slots:
     void clientThatLeavesAtOnceIsHeard();
     void receiverMayBlockInItsSlot();
     void anotherAnswerIsNone();
+    void whatAcceptDoes_data();
+    void whatAcceptDoes();
     void serverIsQuietWithoutDescriptors();
 
 private:
@@ -535,6 +550,27 @@ void TestInstanceChannel::anotherAnswerIsNone()
     connect(&server, &QLocalServer::newConnection, this,
             [&server] { server.nextPendingConnection()->write("x"); });
     QVERIFY(!sendWhileServing(m_path, QStringLiteral("message"), 500));
+}
+
+void TestInstanceChannel::whatAcceptDoes_data()
+{
+    QTest::addColumn<int>("error");
+    QTest::addColumn<int>("patience"); // of the client
+    QTest::addColumn<bool>("isHeard");
+    QTest::newRow("nobody any more") << EAGAIN << 2000 << true;
+    QTest::newRow("no descriptor of the system's") << ENFILE << 300 << false;
+}
+
+void TestInstanceChannel::whatAcceptDoes()
+{
+    QFETCH(int, error);
+    QFETCH(int, patience);
+    QFETCH(bool, isHeard);
+    InstanceServer server;
+    QVERIFY(server.listen(m_path));
+    acceptError = error;
+    QCOMPARE(sendWhileServing(m_path, QStringLiteral("message"), patience), isHeard);
+    QCOMPARE(acceptError, 0);
 }
 
 // A client that can't be taken in stays at the door.
