@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <memory>
 #include <QList>
+#include <utility>
 #include <vector>
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
@@ -37,9 +38,15 @@ xcb_window_t root(xcb_connection_t *connection)
 
 } // namespace
 
+// What most callers need is asked for in one go: each answer by itself would be waited for.
 XDisplay::XDisplay()
     : m_connection(xcb_connect(nullptr, &m_screen))
+    , m_iconName(askForAtom("_NET_WM_ICON"))
+    , m_compositorName(askForAtom("_NET_WM_CM_S" + QByteArray::number(m_screen)))
 {
+    xcb_prefetch_extension_data(m_connection, &xcb_shape_id);
+    xcb_prefetch_extension_data(m_connection, &xcb_xfixes_id);
+    xcb_prefetch_maximum_request_length(m_connection);
 }
 
 XDisplay::~XDisplay()
@@ -77,7 +84,7 @@ int XDisplay::resource(const QByteArray &name) const
 bool XDisplay::isComposed() const
 {
     const auto reply = owned(xcb_get_selection_owner_reply(
-        m_connection, xcb_get_selection_owner(m_connection, compositor()), nullptr));
+        m_connection, xcb_get_selection_owner(m_connection, number(m_compositorName)), nullptr));
     return !reply || reply->owner != XCB_NONE;
 }
 
@@ -89,7 +96,8 @@ void XDisplay::watchCompositor() const
     if (!isConnected() || !hasExtension(m_connection, &xcb_xfixes_id))
         return;
     xcb_discard_reply(m_connection, xcb_xfixes_query_version(m_connection, 1, 0).sequence);
-    xcb_xfixes_select_selection_input(m_connection, root(m_connection), compositor(), kChanges);
+    xcb_xfixes_select_selection_input(m_connection, root(m_connection), number(m_compositorName),
+                                      kChanges);
     xcb_flush(m_connection);
 }
 
@@ -111,7 +119,7 @@ void XDisplay::setIcon(quintptr window, const QByteArray &numbers) const
     if (count + kHeader > xcb_get_maximum_request_length(m_connection))
         return;
     xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window),
-                        atom("_NET_WM_ICON"), XCB_ATOM_CARDINAL, 32, count, numbers.constData());
+                        number(m_iconName), XCB_ATOM_CARDINAL, 32, count, numbers.constData());
     xcb_flush(m_connection);
 }
 
@@ -139,16 +147,18 @@ void XDisplay::unshape(quintptr window) const
     xcb_flush(m_connection);
 }
 
-quint32 XDisplay::atom(const QByteArray &name) const
+XDisplay::Atom XDisplay::askForAtom(const QByteArray &name) const
 {
-    const auto reply = owned(xcb_intern_atom_reply(
-        m_connection,
-        xcb_intern_atom(m_connection, 0, static_cast<uint16_t>(name.size()), name.constData()),
-        nullptr));
-    return reply ? reply->atom : XCB_NONE;
+    const auto length = static_cast<uint16_t>(name.size());
+    return {xcb_intern_atom(m_connection, 0, length, name.constData()).sequence, XCB_NONE};
 }
 
-quint32 XDisplay::compositor() const
+quint32 XDisplay::number(Atom &atom) const
 {
-    return atom("_NET_WM_CM_S" + QByteArray::number(m_screen));
+    if (atom.request != 0) {
+        const auto reply =
+            owned(xcb_intern_atom_reply(m_connection, {std::exchange(atom.request, 0)}, nullptr));
+        atom.number = reply ? reply->atom : XCB_NONE;
+    }
+    return atom.number;
 }

@@ -43,10 +43,16 @@ public:
 
 private:
     /// The number that the server has for a name; 0 when it can't tell.
-    quint32 atom(const QByteArray &name) const;
-    /// The selection that a compositor owns.
-    quint32 compositor() const;
+    struct Atom
+    {
+        unsigned request; ///< 0 once it is answered
+        quint32 number;
+    };
+    Atom askForAtom(const QByteArray &name) const;
+    quint32 number(Atom &atom) const;
 
     int m_screen = 0;
     xcb_connection_t *m_connection;
+    mutable Atom m_iconName;
+    mutable Atom m_compositorName; ///< of the selection that a compositor owns
 };
