@@ -3,9 +3,9 @@
 the FOLDERS (names with blanks between them).
 
 A unit that passed is not looked at again as long as it, what it includes from the tree, its compiler
-command, the linter's command and its configuration are as they were. Those of one folder are looked at
-together, as one source, since headers are most of what a linter reads. Where that finds something, or
-where two define the same, each is looked at alone, and what that finds is told.
+command, the linter's command and its configuration are as they were. Many are looked at together, as one
+source, since headers are most of what a linter reads. Where that finds something, or where two define the
+same, each is looked at alone, and what that finds is told.
 """
 
 import concurrent.futures
@@ -25,7 +25,9 @@ INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 PRECOMPILED = re.compile(r" -Winvalid-pch|(-Xclang )?-include (-Xclang )?\S+cmake_pch\.hxx")
 CONFIGURATION = ".clang-tidy"
 ENTRIES = ("main", "LLVMFuzzerTestOneInput")  # what each program has one of
-MOST_TOGETHER = 12
+MOST_TOGETHER = 24
+# What differs from target to target and not in how a source reads: where headers are, and of which library.
+SEARCHED = re.compile(r"-I|-isystem|-DQT_\w+_LIB$|-fPI[CE]$")
 
 
 @functools.lru_cache(maxsize=None)
@@ -61,7 +63,7 @@ def commands_of(build):
     the output and the precompiled headers, which only the compiler that made them can read."""
     commands = {}
     for entry in json.loads(pathlib.Path(build, "compile_commands.json").read_text()):
-        words = shlex.split(PRECOMPILED.sub("", entry["command"]))
+        words = shlex.split(PRECOMPILED.sub("", entry["command"]).replace(" -isystem ", " -isystem"))
         del words[words.index("-o"):words.index("-o") + 2]
         macros = frozenset(word.split("=")[0] for word in words
                            if word.startswith("-D") and not word.endswith("_EXPORTS"))
@@ -88,26 +90,27 @@ def pending(commands, folders, linter, place):
 
 
 def batches(units, commands):
-    """Units of a folder whose commands differ in nothing but where headers are found, and the command
-    that finds the headers of all. One that is compiled in several ways is alone."""
+    """Units of a folder, or of one below tests/, whose commands differ in nothing but what is SEARCHED, and
+    the command that finds the headers of all. One that is compiled in several ways is alone."""
     groups = {}
     for unit in units:
         words = commands[unit][0]
-        searched = [word for word in words if word.startswith("-I")]
-        kind = [word for word in words if word not in searched and word != str(unit)]
-        apart = str(unit) if len(commands[unit]) > 1 else ""
-        groups.setdefault((unit.parent, apart, *kind), []).append((unit, searched))
-    for (_, _, *kind), members in groups.items():
-        for first in range(0, len(members), MOST_TOGETHER):
-            batch = members[first:first + MOST_TOGETHER]
-            folders = dict.fromkeys(folder for _, searched in batch for folder in searched)
-            yield [unit for unit, _ in batch], [*kind, f"-I{batch[0][0].parent}", *folders]
+        kind = [word for word in words if not SEARCHED.match(word) and word != str(unit)]
+        apart = unit if len(commands[unit]) > 1 else None
+        groups.setdefault((apart, unit.relative_to(TOP).parent.parts[:2], *kind), []).append(unit)
+    for members in groups.values():
+        count = -(-len(members) // MOST_TOGETHER)
+        for first in range(count):
+            batch = members[first::count]
+            words = [word for unit in batch for word in (*commands[unit][0], f"-I{unit.parent}")
+                     if word not in map(str, batch)]
+            yield batch, list(dict.fromkeys(words))
 
 
 def write_together(source, units):
-    """One source of all the units' text, below a copy of their folder's configuration. It doesn't include
-    them: much of what a linter looks for it looks for in the main file alone."""
-    folder = units[0].parent
+    """One source of all the units' text, below a copy of their configuration. It doesn't include them: much
+    of what a linter looks for it looks for in the main file alone."""
+    folder = pathlib.Path(os.path.commonpath([unit.parent for unit in units]))
     for configuration in configurations(folder):
         copy = source.parent / configuration.relative_to(TOP)
         copy.parent.mkdir(parents=True, exist_ok=True)

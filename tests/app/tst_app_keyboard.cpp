@@ -1,7 +1,7 @@
 #include "app/look/focus_mark.h"
+#include "tests/app/contrast.h"
 #include "tests/app/widgets.h"
 
-#include <cmath>
 #include <QAccessible>
 #include <QClipboard>
 #include <QComboBox>
@@ -72,23 +72,6 @@ QString labelOf(QWidget *widget)
 }
 
 } // namespace
-
-// Relative luminance and contrast as the Web Content Accessibility Guidelines define them.
-double luminance(const QColor &color)
-{
-    const auto linear = [](double channel) {
-        return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-           0.0722 * linear(color.blueF());
-}
-
-double contrast(const QColor &one, const QColor &other)
-{
-    const double a = luminance(one) + 0.05;
-    const double b = luminance(other) + 0.05;
-    return a > b ? a / b : b / a;
-}
 
 // How many pixels of the area stand out, by 3 to 1, from what they were before.
 int standOut(const QImage &before, const QImage &after, const QRect &area)

@@ -18,7 +18,6 @@
 
 namespace {
 
-const char *const kViewer = "PXViewCertTool";
 const char *const kLoaded = "mainwindow::loadcertfile end";
 const char *const kReady = "main:: end";
 

@@ -6,8 +6,6 @@
 
 namespace {
 
-const char *const kViewer = "PXViewCertTool";
-
 QStringList certificate()
 {
     return {QStringLiteral(PX_SOURCE_DIR "/examples/server.pem")};

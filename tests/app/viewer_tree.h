@@ -10,6 +10,8 @@
 #include <QRect>
 #include <QTest>
 
+inline constexpr const char *kViewer = "PXViewCertTool";
+
 /// An install tree with the viewer, the default core and the texts in it, and a folder below which
 /// its instances are guarded apart from all others. It speaks English.
 class ViewerTree : public InstallTree

@@ -1,5 +1,6 @@
+#include "tests/app/contrast.h"
+
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <QComboBox>
 #include <QDirIterator>
@@ -56,20 +57,6 @@ QImage resourceImage(const char *path)
 }
 
 // Relative luminance and contrast as the Web Content Accessibility Guidelines define them.
-double luminance(const QColor &color)
-{
-    const auto linear = [](double channel) {
-        return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-           0.0722 * linear(color.blueF());
-}
-
-double contrast(const QColor &light, const QColor &dark)
-{
-    return (luminance(light) + 0.05) / (luminance(dark) + 0.05);
-}
-
 QImage pictureOf(QWidget &widget)
 {
     return widget.grab().toImage();

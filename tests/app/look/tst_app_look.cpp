@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr QRgb kFrame = 0xffc5c5c5;
+constexpr QRgb kPainted = 0xffc5c5c5;
 const QRect kPlace(3, 2, 20, 10); // within the picture, so that what crosses it is seen
 
 // What a style's drawing leaves on white.
@@ -127,7 +127,7 @@ void TestAppLook::framesOfScrollAreas()
 {
     const QPlainTextEdit box;
     const QImage expected = drawn([](QPainter *painter) {
-        painter->fillRect(kPlace, QColor(kFrame));
+        painter->fillRect(kPlace, QColor(kPainted));
         painter->fillRect(kPlace.adjusted(1, 1, -1, -1), Qt::white);
     });
     QCOMPARE(primitive(QApplication::style(), QStyle::PE_Frame, &box), expected);

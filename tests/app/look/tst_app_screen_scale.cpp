@@ -7,7 +7,7 @@
 namespace {
 
 constexpr const char *kScale = "QT_SCALE_FACTOR";
-const QSize kWindow(436, 697);
+const QSize kWanted(436, 697);
 
 // An application object, at the scale that the environment asks for.
 struct Application
@@ -45,7 +45,7 @@ void TestAppScreenScale::noneIsOne()
 {
     QFETCH(QByteArray, scale);
     qputenv(kScale, scale);
-    const ScreenScale made(kWindow);
+    const ScreenScale made(kWanted);
     QCOMPARE(qgetenv(kScale), QByteArray("1"));
 }
 
@@ -60,7 +60,7 @@ void TestAppScreenScale::whatFitsIsRight()
 {
     QFETCH(QByteArray, asked);
     qputenv(kScale, asked);
-    ScreenScale scale(kWindow);
+    ScreenScale scale(kWanted);
     const Application made;
     QVERIFY(!scale.isWrong());
     QCOMPARE(qgetenv(kScale), asked);
@@ -70,9 +70,9 @@ void TestAppScreenScale::whatFitsIsRight()
 void TestAppScreenScale::oneThatNeverFitsIsGivenUp()
 {
     qputenv(kScale, "3");
-    ScreenScale scale(kWindow);
+    ScreenScale scale(kWanted);
     const Application made;
-    QVERIFY(kWindow.height() > QGuiApplication::primaryScreen()->size().height());
+    QVERIFY(kWanted.height() > QGuiApplication::primaryScreen()->size().height());
     for (int i = 0; i < 4; ++i)
         QVERIFY(scale.isWrong());
     QVERIFY(!scale.isWrong());
