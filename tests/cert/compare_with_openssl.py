@@ -5,6 +5,7 @@ Every certificate of ca-certificates, and the PKITS and custom certificates of
 python3-cryptography-vectors. No file is left out without a line below that says why.
 """
 
+import base64
 import concurrent.futures
 import csv
 import datetime
@@ -63,9 +64,14 @@ def run(*command, octets=None):
     return subprocess.run(command, input=octets, capture_output=True, check=False)
 
 
-def openssl(path, *options):
+def openssl(path):
+    """All that openssl says of a certificate in one go, which ends with its armour; None where it reads none."""
     form = "PEM" if b"-----BEGIN" in path.read_bytes() else "DER"
-    return run("openssl", "x509", "-in", path, "-inform", form, *options)
+    said = run(
+        "openssl", "x509", "-in", path, "-inform", form, "-text", "-certopt", "no_pubkey,no_sigdump,ext_dump",
+        "-serial", "-startdate", "-enddate", "-dateopt", "iso_8601", "-issuer", "-subject",
+        "-nameopt", "utf8,sep_multiline,oid,use_quote")
+    return said.stdout.decode(errors="replace") if said.returncode == 0 else None
 
 
 def object_identifiers():
@@ -95,19 +101,15 @@ def language_file(tree):
 class Reader:
     """What openssl says of one certificate, in the words of the rows."""
 
-    def __init__(self, path, identifiers, texts):
+    def __init__(self, said, identifiers, texts):
         self.identifiers = identifiers
         self.oid_section, self.english = texts
-        self.fields = openssl(
-            path, "-noout", "-serial", "-startdate", "-enddate", "-dateopt", "iso_8601", "-issuer", "-subject",
-            "-nameopt", "utf8,sep_multiline,oid,use_quote").stdout.decode(errors="replace")
-        self.der = openssl(path, "-outform", "DER").stdout
-        self.text = openssl(path, "-noout", "-text", "-certopt", "no_pubkey,no_sigdump,ext_dump").stdout.decode(
-            errors="replace")
-        self.extensions = openssl(path, "-noout", "-ext", "keyUsage,basicConstraints").stdout.decode()
+        self.text, serial, lines = said.partition("\nserial=")
+        self.lines, _, armoured = (serial + lines).partition("-----BEGIN CERTIFICATE-----")
+        self.der = base64.b64decode(armoured.partition("-----END")[0])
 
     def field(self, name):
-        return re.search(f"^{name}=(.*)$", self.fields, re.MULTILINE)[1]
+        return re.search(f"^{name}=(.*)$", self.lines, re.MULTILINE)[1]
 
     def version(self):
         match = re.search(r"Version: (?:(\d+)|Unknown \((\d+)\))", self.text)
@@ -123,7 +125,7 @@ class Reader:
 
     def name(self, which):
         """The values as they are, the last first."""
-        block = re.search(f"^{which}=\n((?:    .*\n)*)", self.fields, re.MULTILINE)[1]
+        block = re.search(f"^{which}=\n((?:    .*\n)*)", self.lines, re.MULTILINE)[1]
         values = []
         for attribute in re.split(r"(?: \+ |^    )(?=[0-9.]+=)", block, flags=re.MULTILINE)[1:]:
             value = attribute.rstrip("\n").split("=", 1)[1]
@@ -152,7 +154,7 @@ class Reader:
 
     def extension(self, title):
         """Whether the first one of this title is critical, and its text."""
-        match = re.search(f"^X509v3 {title}: (critical)?\n +(.*)$", self.extensions, re.MULTILINE)
+        match = re.search(f"^ {{12}}X509v3 {title}: (critical)?\n +(.*)$", self.text, re.MULTILINE)
         return (bool(match[1]), match[2]) if match else None
 
     def key_usage(self):
@@ -234,11 +236,11 @@ def main():
         path, entry = pair
         if not entry["loaded"]:
             return [("loaded", f"{path.name}: not loaded")]
-        readable = openssl(path).returncode == 0
-        if path.name in UNREADABLE or not readable:
-            return [] if path.name in UNREADABLE and not readable else [
-                ("readable", f"{path.name}: openssl {'reads' if readable else 'does not read'} it")]
-        return list(compare(path, entry, Reader(path, identifiers, texts), texts[1]))
+        said = openssl(path)
+        if path.name in UNREADABLE or not said:
+            return [] if path.name in UNREADABLE and not said else [
+                ("readable", f"{path.name}: openssl {'reads' if said else 'does not read'} it")]
+        return list(compare(path, entry, Reader(said, identifiers, texts), texts[1]))
 
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         results = list(pool.map(check, zip(paths, shown)))
