@@ -79,11 +79,13 @@ private:
         if (!XGetWindowAttributes(m_display, window, &state) || state.map_state != IsViewable ||
             std::min(state.width, state.height) < kSmallest)
             return false;
-        // The second quarter of its columns, top to bottom: in the windows that are compared, text
-        // lies there.
-        XImage *image =
-            XGetImage(m_display, window, state.width / 4, 0, static_cast<unsigned>(state.width / 4),
-                      static_cast<unsigned>(state.height), AllPlanes, ZPixmap);
+        // The second quarter of its columns: in the windows that are compared, text lies there. Not
+        // its edge: what lies outside a window's shape has another colour as soon as the window is
+        // mapped.
+        const int edge = state.height / 16;
+        XImage *image = XGetImage(
+            m_display, window, state.width / 4, edge, static_cast<unsigned>(state.width / 4),
+            static_cast<unsigned>(state.height - 2 * edge), AllPlanes, ZPixmap);
         if (!image)
             return false;
         bool same = true;
