@@ -3,7 +3,6 @@
 #include "app/instance/qtsingleapplication.h"
 #include "app/look/program_look.h"
 #include "app/look/screen_scale.h"
-#include "app/look/server_window.h"
 #include "app/look/window_style.h"
 #include "app/mainwindow.h"
 #include "core/start_directory.h"
@@ -66,8 +65,7 @@ int main(int argc, char *argv[])
     program_look::dress();
 
     MainWindow window;
-    if (!ServerWindow::hasIcon())
-        QApplication::setWindowIcon(QIcon(QStringLiteral(":/img/res/stamp.ico")));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/img/res/stamp.ico")));
     window.move(
         window_style::centred(window.geometry(), QGuiApplication::primaryScreen()->geometry()));
     if (argc <= 1)

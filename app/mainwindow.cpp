@@ -2,9 +2,8 @@
 
 #include "app/accessible_parts.h"
 #include "app/look/focus_mark.h"
-#include "app/look/pixels.h"
 #include "app/look/program_look.h"
-#include "app/look/server_window.h"
+#include "app/look/window_shape.h"
 #include "app/look/window_style.h"
 #include "app/popup_escape.h"
 #include "app/table_rows.h"
@@ -33,24 +32,18 @@ using namespace window_style;
 // wants it.
 static void initResources()
 {
-    Q_INIT_RESOURCE(pixels);
     Q_INIT_RESOURCE(res);
     Q_INIT_RESOURCE(arrow);
 }
 
 namespace {
 
-QPixmap picture(const QString &name, int version = 1)
+// The image in the version for the resolution of the screen.
+QPixmap picture(const QString &path, const QWidget *window)
 {
-    const QPixmap ready = version == 1 ? pixels::picture(name) : QPixmap();
-    const QString suffix = version == 1 ? QString() : QStringLiteral("@%1x").arg(version);
-    return ready.isNull() ? QPixmap(QStringLiteral(":/img/%1%2.png").arg(name, suffix)) : ready;
-}
-
-// In the version for the resolution of the screen.
-QPixmap picture(const QString &name, const QWidget *window)
-{
-    return picture(name, qBound(1, qCeil(window->devicePixelRatioF()), 3));
+    const int version = qBound(1, qCeil(window->devicePixelRatioF()), 3);
+    return QPixmap(
+        path + (version > 1 ? QStringLiteral("@%1x.png").arg(version) : QStringLiteral(".png")));
 }
 
 QFrame *newLine(QWidget *window, const QRect &place)
@@ -120,7 +113,6 @@ MainWindow::MainWindow(QWidget *parent)
     new TitleTranslation(this);
     accessible_parts::install();
 
-    const program_look::WithoutPlugins whilePicturesAreRead;
     ui->setupUi(this);
     setUpFrame();
     setUpLabels();
@@ -149,15 +141,15 @@ void MainWindow::setUpFrame()
     setFixedHeight(scaled(kHeight, m_scale));
     setWindowFlags(Qt::FramelessWindowHint);
     setAttribute(Qt::WA_TranslucentBackground, true);
-    m_background = picture(QStringLiteral("res/background"));
+    m_background.load(QStringLiteral(":/img/res/background.png"));
     m_centerRect = backgroundCentre();
-    new ServerWindow(this);
+    new WindowShape(this);
 }
 
 void MainWindow::setUpLabels()
 {
     ui->label_icon->setGeometry(placed(kIcon, m_scale));
-    ui->label_icon->setPixmap(picture(QStringLiteral("cert"), this));
+    ui->label_icon->setPixmap(picture(QStringLiteral(":/img/cert"), this));
     ui->label_icon->setScaledContents(true);
     ui->label->setGeometry(placed(kIconLabel, m_scale));
     ui->label->setStyleSheet(textStyle(m_scale));
@@ -172,7 +164,7 @@ void MainWindow::setUpTitleStrip()
     auto *strip = new QLabel(this);
     strip->setGeometry(placed(kTitleStrip, m_scale));
     strip->setScaledContents(true);
-    strip->setPixmap(picture(QStringLiteral("res/bk_rose_gold_noborder"), this));
+    strip->setPixmap(picture(QStringLiteral(":/img/res/bk_rose_gold_noborder"), this));
 }
 
 void MainWindow::setUpTabs()
@@ -243,7 +235,6 @@ void MainWindow::setUpButtons()
     connect(closeButton, &QToolButton::clicked, this, &MainWindow::Exit);
     connect(bottomButton, &QPushButton::clicked, this, &MainWindow::Exit);
     closeButton->setStyleSheet(closeButtonStyle());
-    closeButton->ensurePolished(); // which reads the picture
     bottomButton->setStyleSheet(bottomButtonStyle(m_scale));
     bottomButton->setCursor(Qt::PointingHandCursor);
 

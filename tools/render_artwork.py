@@ -5,7 +5,7 @@ render_artwork.py [--output DIR]
     --output writes the same tree into another directory than app/img.
 
 What the program reads at every start is written for speed: the pictures of scale 1 uncompressed,
-the icon file's as bitmaps, and what is large of it also as it lies in memory (*.pixels).
+and the icon file's as bitmaps.
 
 Needs rsvg-convert (Debian: librsvg2-bin).
 """
@@ -57,10 +57,6 @@ ICONS = (
     (256, "icon/stamp.svg"),
 )
 ICON_FILE = "res/stamp.ico"
-
-# Which pictures are also written as the pixels they are painted with, and the icon as X servers take it.
-PAINTED = ("cert.png", "res/background.png", "res/bk_rose_gold_noborder.png")
-ICON_PIXELS = "res/stamp.pixels"
 
 
 def render(drawing, image, width, height):
@@ -119,30 +115,6 @@ def uncompressed(png):
     return (png[:8] + chunk(b"IHDR", header) + chunk(b"IDAT", pixels) + chunk(b"IEND", b""))
 
 
-def premultiplied(color, alpha):
-    """As the toolkit rounds it."""
-    product = color * alpha
-    return (product + (product >> 8) + 0x80) >> 8
-
-
-def restored(color, alpha):
-    """What the toolkit gives for a colour of a picture that it holds premultiplied."""
-    return (510 * premultiplied(color, alpha) + alpha - 1) // (2 * alpha) if alpha else 0
-
-
-def pixels(png, kept):
-    """A picture as it lies in memory: width, height, rows of blue, green, red and alpha. `kept` says
-    what is kept of a colour at its alpha."""
-    width, depth, rows = picture(png)
-    assert depth == 4
-    content = bytearray(struct.pack("<2I", width, len(rows)))
-    for row in rows:
-        for place in range(0, len(row), 4):
-            red, green, blue, alpha = row[place:place + 4]
-            content += bytes((*(kept(color, alpha) for color in (blue, green, red)), alpha))
-    return bytes(content)
-
-
 def bitmap(png):
     """A picture of an icon file: a header, rows from the bottom of blue, green, red and alpha, and
     rows of a mask that the alpha stands for."""
@@ -179,22 +151,16 @@ def main():
     for name, width, height in IMAGES:
         image = output / name
         render((SOURCE / name).with_suffix(".svg"), image, width, height)
-        png = image.read_bytes()
-        image.write_bytes(uncompressed(png))
-        if name in PAINTED:
-            image.with_suffix(".pixels").write_bytes(pixels(png, premultiplied))
+        image.write_bytes(uncompressed(image.read_bytes()))
     for name, drawing, width, height in LARGER:
         for scale in SCALES:
             render(SOURCE / drawing, output / f"{name}@{scale}x.png", scale * width, scale * height)
-    icons, icon_pixels = [], b""
+    icons = []
     for size, drawing in ICONS:
         image = output / "icon" / f"stamp-{size}.png"
         render(SOURCE / drawing, image, size, size)
-        png = image.read_bytes()
-        icons.append((size, bitmap(png)))
-        icon_pixels += pixels(png, restored)
+        icons.append((size, bitmap(image.read_bytes())))
     (output / ICON_FILE).write_bytes(icon_file(icons))
-    (output / ICON_PIXELS).write_bytes(icon_pixels)
 
 
 if __name__ == "__main__":

@@ -169,15 +169,4 @@ void substituteFonts(const QString &section)
          QStringLiteral("Droid Sans Fallback"), QStringLiteral("Sans Serif")});
 }
 
-WithoutPlugins::WithoutPlugins()
-    : m_folders(QCoreApplication::libraryPaths())
-{
-    QCoreApplication::setLibraryPaths({});
-}
-
-WithoutPlugins::~WithoutPlugins()
-{
-    QCoreApplication::setLibraryPaths(m_folders);
-}
-
 } // namespace program_look

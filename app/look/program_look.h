@@ -2,7 +2,6 @@
 
 #include <future>
 #include <QString>
-#include <QStringList>
 
 /// What makes the program look the same on every desktop.
 namespace program_look {
@@ -29,19 +28,5 @@ void dress();
 /// Names the fonts that stand in for the style sheets' font, which Linux desktops lack, best first
 /// for the language of `section` (CN, TW or EN).
 void substituteFonts(const QString &section);
-
-/// While it lives the toolkit finds no plug-in: for each picture of the program's own it would load
-/// those for images, to ask whether the picture is theirs.
-class WithoutPlugins
-{
-public:
-    WithoutPlugins();
-    ~WithoutPlugins();
-    WithoutPlugins(const WithoutPlugins &) = delete;
-    WithoutPlugins &operator=(const WithoutPlugins &) = delete;
-
-private:
-    QStringList m_folders;
-};
 
 } // namespace program_look

@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <memory>
 #include <QList>
-#include <utility>
 #include <vector>
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
@@ -38,15 +37,9 @@ xcb_window_t root(xcb_connection_t *connection)
 
 } // namespace
 
-// What most callers need is asked for in one go: each answer by itself would be waited for.
 XDisplay::XDisplay()
     : m_connection(xcb_connect(nullptr, &m_screen))
-    , m_iconName(askForAtom("_NET_WM_ICON"))
-    , m_compositorName(askForAtom("_NET_WM_CM_S" + QByteArray::number(m_screen)))
 {
-    xcb_prefetch_extension_data(m_connection, &xcb_shape_id);
-    xcb_prefetch_extension_data(m_connection, &xcb_xfixes_id);
-    xcb_prefetch_maximum_request_length(m_connection);
 }
 
 XDisplay::~XDisplay()
@@ -84,7 +77,7 @@ int XDisplay::resource(const QByteArray &name) const
 bool XDisplay::isComposed() const
 {
     const auto reply = owned(xcb_get_selection_owner_reply(
-        m_connection, xcb_get_selection_owner(m_connection, number(m_compositorName)), nullptr));
+        m_connection, xcb_get_selection_owner(m_connection, compositor()), nullptr));
     return !reply || reply->owner != XCB_NONE;
 }
 
@@ -96,8 +89,7 @@ void XDisplay::watchCompositor() const
     if (!isConnected() || !hasExtension(m_connection, &xcb_xfixes_id))
         return;
     xcb_discard_reply(m_connection, xcb_xfixes_query_version(m_connection, 1, 0).sequence);
-    xcb_xfixes_select_selection_input(m_connection, root(m_connection), number(m_compositorName),
-                                      kChanges);
+    xcb_xfixes_select_selection_input(m_connection, root(m_connection), compositor(), kChanges);
     xcb_flush(m_connection);
 }
 
@@ -109,18 +101,6 @@ int XDisplay::descriptor() const
 bool XDisplay::takeEvent() const
 {
     return owned(xcb_poll_for_event(m_connection)) != nullptr;
-}
-
-void XDisplay::setIcon(quintptr window, const QByteArray &numbers) const
-{
-    // What is longer than the server takes would end the connection.
-    const auto count = static_cast<uint32_t>(numbers.size() / 4);
-    constexpr uint32_t kHeader = sizeof(xcb_change_property_request_t) / 4 + 1;
-    if (count + kHeader > xcb_get_maximum_request_length(m_connection))
-        return;
-    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window),
-                        number(m_iconName), XCB_ATOM_CARDINAL, 32, count, numbers.constData());
-    xcb_flush(m_connection);
 }
 
 void XDisplay::shape(quintptr window, const QRegion &region) const
@@ -147,18 +127,12 @@ void XDisplay::unshape(quintptr window) const
     xcb_flush(m_connection);
 }
 
-XDisplay::Atom XDisplay::askForAtom(const QByteArray &name) const
+quint32 XDisplay::compositor() const
 {
-    const auto length = static_cast<uint16_t>(name.size());
-    return {xcb_intern_atom(m_connection, 0, length, name.constData()).sequence, XCB_NONE};
-}
-
-quint32 XDisplay::number(Atom &atom) const
-{
-    if (atom.request != 0) {
-        const auto reply =
-            owned(xcb_intern_atom_reply(m_connection, {std::exchange(atom.request, 0)}, nullptr));
-        atom.number = reply ? reply->atom : XCB_NONE;
-    }
-    return atom.number;
+    const QByteArray name = "_NET_WM_CM_S" + QByteArray::number(m_screen);
+    const auto reply = owned(xcb_intern_atom_reply(
+        m_connection,
+        xcb_intern_atom(m_connection, 0, static_cast<uint16_t>(name.size()), name.constData()),
+        nullptr));
+    return reply ? reply->atom : XCB_NONE;
 }

@@ -32,27 +32,15 @@ public:
     /// Whether there was an event, which is gone then.
     bool takeEvent() const;
 
-    // For a window of this program, which the server must know:
-
-    /// Gives it an icon: of each size the width, the height and the pixels,
-    /// numbers of 32 bits as this machine has them.
-    void setIcon(quintptr window, const QByteArray &numbers) const;
-    /// Gives it a shape in the server's pixels, and takes it away.
+    /// Gives a window of this program, which the server must know, a shape in the server's pixels,
+    /// and takes it away.
     void shape(quintptr window, const QRegion &region) const;
     void unshape(quintptr window) const;
 
 private:
-    /// The number that the server has for a name; 0 when it can't tell.
-    struct Atom
-    {
-        unsigned request; ///< 0 once it is answered
-        quint32 number;
-    };
-    Atom askForAtom(const QByteArray &name) const;
-    quint32 number(Atom &atom) const;
+    /// The selection that a compositor owns.
+    quint32 compositor() const;
 
     int m_screen = 0;
     xcb_connection_t *m_connection;
-    mutable Atom m_iconName;
-    mutable Atom m_compositorName; ///< of the selection that a compositor owns
 };

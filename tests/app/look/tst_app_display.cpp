@@ -19,7 +19,6 @@ private slots:
     void resource_data();
     void resource();
     void whatTheServerLacksHarmsNobody();
-    void iconLongerThanARequest();
 };
 
 void TestAppDisplay::withoutAServer()
@@ -94,16 +93,6 @@ void TestAppDisplay::whatTheServerLacksHarmsNobody()
     display.shape(other.window(), QRegion(0, 0, 1, 1));
     display.unshape(other.window());
     QVERIFY(!display.isComposed());
-    QVERIFY(display.isConnected());
-}
-
-// It would end the connection.
-void TestAppDisplay::iconLongerThanARequest()
-{
-    const OtherClient other;
-    const XDisplay display;
-    QVERIFY(display.isConnected());
-    display.setIcon(other.window(), QByteArray(32 << 20, '\0'));
     QVERIFY(display.isConnected());
 }
 

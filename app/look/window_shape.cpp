@@ -1,6 +1,5 @@
-#include "app/look/server_window.h"
+#include "app/look/window_shape.h"
 
-#include "app/look/pixels.h"
 #include "app/look/window_style.h"
 #include "app/look/x_display.h"
 
@@ -83,44 +82,30 @@ QRegion opaquePart(QWidget *window)
     return region;
 }
 
-bool isOnServer()
-{
-    return QGuiApplication::platformName() == QLatin1String("xcb");
-}
-
 } // namespace
 
-ServerWindow::ServerWindow(QWidget *window)
+WindowShape::WindowShape(QWidget *window)
     : QObject(window)
     , m_window(window)
 {
     window->installEventFilter(this);
 }
 
-ServerWindow::~ServerWindow() = default;
+WindowShape::~WindowShape() = default;
 
-bool ServerWindow::hasIcon()
+bool WindowShape::eventFilter(QObject *watched, QEvent *event)
 {
-    return isOnServer() && !pixels::icon().isEmpty();
-}
-
-bool ServerWindow::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() == QEvent::Show && !m_display && isOnServer())
+    if (event->type() == QEvent::Show && !m_display &&
+        QGuiApplication::platformName() == QLatin1String("xcb"))
         begin();
     return QObject::eventFilter(watched, event);
 }
 
-void ServerWindow::begin()
+void WindowShape::begin()
 {
     m_display = std::make_unique<XDisplay>();
     if (!m_display->isConnected())
         return;
-    const WId id = m_window->winId();
-    QCursor::pos(); // whose answer comes after the window was made, which waits to be sent till
-                    // then
-    if (hasIcon())
-        m_display->setIcon(id, pixels::icon());
     m_display->watchCompositor();
     auto *news = new QSocketNotifier(m_display->descriptor(), QSocketNotifier::Read, this);
     connect(news, &QSocketNotifier::activated, this, [this, news] {
@@ -131,7 +116,7 @@ void ServerWindow::begin()
     follow();
 }
 
-void ServerWindow::follow()
+void WindowShape::follow()
 {
     const WId id = m_window->winId();
     if (m_display->isComposed()) {
@@ -140,6 +125,8 @@ void ServerWindow::follow()
         m_shaped = false;
         return;
     }
+    QCursor::pos(); // whose answer comes after the window was made, which waits to be sent till
+                    // then
     m_display->shape(id, opaquePart(m_window));
     m_shaped = true;
 }
