@@ -71,7 +71,8 @@ function(px_add_together variable test)
         target_link_libraries(${together} PUBLIC ${arg_LINK} Qt${PX_QT_MAJOR}::Test)
         px_kind_of(kind ${arg_LINK})
         target_precompile_headers(${together} REUSE_FROM px_precompiled_${kind})
-        target_compile_options(${together} PRIVATE -Wno-subobject-linkage) # of what is no main file
+        # What is no main file warns of that linkage; and it goes into programs, for which the headers are.
+        target_compile_options(${together} PRIVATE -Wno-subobject-linkage -fPIE)
         file(GENERATE OUTPUT "${PX_TEST_DIR}/${together}.cpp"
             CONTENT "$<JOIN:$<TARGET_PROPERTY:${together},PX_TESTS>,\n>\n")
     endif()
