@@ -90,14 +90,15 @@ def pending(commands, folders, linter, place):
 
 
 def batches(units, commands):
-    """Units of a folder, or of one below tests/, whose commands differ in nothing but what is SEARCHED, and
-    the command that finds the headers of all. One that is compiled in several ways is alone."""
+    """Units of the product, or of a folder of tests, whose commands differ in nothing but what is SEARCHED,
+    and the command that finds the headers of all. One that is compiled in several ways is alone."""
     groups = {}
     for unit in units:
         words = commands[unit][0]
         kind = [word for word in words if not SEARCHED.match(word) and word != str(unit)]
         apart = unit if len(commands[unit]) > 1 else None
-        groups.setdefault((apart, unit.relative_to(TOP).parent.parts[:2], *kind), []).append(unit)
+        place = unit.relative_to(TOP).parts[:2]
+        groups.setdefault((apart, place if place[0] == "tests" else None, *kind), []).append(unit)
     for members in groups.values():
         count = -(-len(members) // MOST_TOGETHER)
         for first in range(count):
