@@ -84,6 +84,21 @@ QByteArray header(quint32 size)
     return octets;
 }
 
+// A server, and a client that writes it these octets.
+struct Visit
+{
+    Visit(const QString &path, const QByteArray &octets)
+    {
+        if (!server.listen(path))
+            qFatal("nobody listens");
+        client.connectToServer(path);
+        client.write(octets);
+    }
+
+    InstanceServer server;
+    QLocalSocket client;
+};
+
 // Has the server listen half a second from now.
 class LateListener
 {
@@ -399,50 +414,34 @@ void TestInstanceChannel::theOldestOfTooManyClientsIsDropped()
 
 void TestInstanceChannel::tooLongFrameIsCutOff()
 {
-    InstanceServer server;
-    QVERIFY(server.listen(m_path));
-    QLocalSocket client;
-    client.connectToServer(m_path);
-    client.write(header(kMaxMessageSize + 1));
-    QTRY_COMPARE_WITH_TIMEOUT(client.state(), QLocalSocket::UnconnectedState, 2000);
-    QCOMPARE(client.bytesAvailable(), 0);
+    Visit visit(m_path, header(kMaxMessageSize + 1));
+    QTRY_COMPARE_WITH_TIMEOUT(visit.client.state(), QLocalSocket::UnconnectedState, 2000);
+    QCOMPARE(visit.client.bytesAvailable(), 0);
 }
 
 void TestInstanceChannel::clientThatLeavesEarlyIsDropped()
 {
-    InstanceServer server;
-    QVERIFY(server.listen(m_path));
-    QLocalSocket client;
-    client.connectToServer(m_path);
-    client.write(header(10) + "12345");
-    QTRY_COMPARE(server.children().size(), 1);
+    Visit visit(m_path, header(10) + "12345");
+    QTRY_COMPARE(visit.server.children().size(), 1);
     QTest::qWait(20); // it is heard
-    client.abort();
-    QTRY_COMPARE_WITH_TIMEOUT(server.children().size(), 0, 2000); // before idle ones are
+    visit.client.abort();
+    QTRY_COMPARE_WITH_TIMEOUT(visit.server.children().size(), 0, 2000); // before idle ones are
 }
 
 void TestInstanceChannel::idleClientsAreDropped()
 {
-    InstanceServer server;
-    QVERIFY(server.listen(m_path));
-    QLocalSocket client;
-    client.connectToServer(m_path);
-    client.write(header(10) + "12345");
-    QTRY_COMPARE_WITH_TIMEOUT(client.state(), QLocalSocket::UnconnectedState, 10000);
-    QTRY_COMPARE(server.children().size(), 0);
+    Visit visit(m_path, header(10) + "12345");
+    QTRY_COMPARE_WITH_TIMEOUT(visit.client.state(), QLocalSocket::UnconnectedState, 10000);
+    QTRY_COMPARE(visit.server.children().size(), 0);
 }
 
 void TestInstanceChannel::oneMessageAConnection()
 {
-    InstanceServer server;
-    QVERIFY(server.listen(m_path));
-    QSignalSpy received(&server, &InstanceServer::messageReceived);
-    QLocalSocket client;
-    client.connectToServer(m_path);
-    client.write(header(3) + "one" + header(3) + "two");
+    Visit visit(m_path, header(3) + "one" + header(3) + "two");
+    QSignalSpy received(&visit.server, &InstanceServer::messageReceived);
     // Before idle clients are dropped.
-    QTRY_COMPARE_WITH_TIMEOUT(client.state(), QLocalSocket::UnconnectedState, 2000);
-    QCOMPARE(client.readAll(), QByteArray(1, kAcknowledge));
+    QTRY_COMPARE_WITH_TIMEOUT(visit.client.state(), QLocalSocket::UnconnectedState, 2000);
+    QCOMPARE(visit.client.readAll(), QByteArray(1, kAcknowledge));
     QTest::qWait(50);
     QCOMPARE(received.size(), 1);
     QCOMPARE(received.at(0).at(0).toString(), QStringLiteral("one"));
@@ -467,14 +466,10 @@ void TestInstanceChannel::messageInPieces()
 
 void TestInstanceChannel::longestMessageInPieces()
 {
-    InstanceServer server;
-    QVERIFY(server.listen(m_path));
-    QSignalSpy received(&server, &InstanceServer::messageReceived);
-    QLocalSocket client;
-    client.connectToServer(m_path);
-    client.write(header(kMaxMessageSize) + 'x');
+    Visit visit(m_path, header(kMaxMessageSize) + 'x');
+    QSignalSpy received(&visit.server, &InstanceServer::messageReceived);
     QTest::qWait(20);
-    client.write(QByteArray(kMaxMessageSize - 1, 'x'));
+    visit.client.write(QByteArray(kMaxMessageSize - 1, 'x'));
     QTRY_COMPARE(received.size(), 1);
     QCOMPARE(received.at(0).at(0).toString(), QString(kMaxMessageSize, QLatin1Char('x')));
 }
@@ -576,13 +571,9 @@ void TestInstanceChannel::whatAcceptDoes()
 // A client that can't be taken in stays at the door.
 void TestInstanceChannel::serverIsQuietWithoutDescriptors()
 {
-    InstanceServer server;
-    QVERIFY(server.listen(m_path));
-    QSignalSpy received(&server, &InstanceServer::messageReceived);
-    QLocalSocket client;
-    client.connectToServer(m_path);
-    client.write(header(3) + "one");
-    QVERIFY(client.flush());
+    Visit visit(m_path, header(3) + "one");
+    QSignalSpy received(&visit.server, &InstanceServer::messageReceived);
+    QVERIFY(visit.client.flush());
     rlimit usual = {};
     QCOMPARE(::getrlimit(RLIMIT_NOFILE, &usual), 0);
     const rlimit none = {3, usual.rlim_max}; // below all that are open
