@@ -13,6 +13,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <set>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -27,6 +28,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kPatienceMs = 120000;
 constexpr int kSmallest = 100; // smaller windows are the toolkits' helpers
+constexpr unsigned kColumns = 16;
 
 [[noreturn]] void fail(const char *reason)
 {
@@ -56,20 +58,22 @@ public:
 
     int connection() const { return ConnectionNumber(m_display); }
 
-    /// Takes what the server has told; whether one of it was a window's first picture.
+    /// Takes what the server has told; whether one of it was a window's first picture. A window is
+    /// looked at once for all that changed: each look holds up the server, and the window with it.
     bool sawPaintedWindow()
     {
+        std::set<Window> changed;
         while (XPending(m_display) > 0) {
             XEvent event;
             XNextEvent(m_display, &event);
             if (event.type == CreateNotify)
                 XDamageCreate(m_display, event.xcreatewindow.window, XDamageReportRawRectangles);
-            else if (event.type == m_damageEvent + XDamageNotify &&
-                     isPainted(reinterpret_cast<XDamageNotifyEvent &>(event).drawable))
-                return true;
+            else if (event.type == m_damageEvent + XDamageNotify)
+                changed.insert(reinterpret_cast<XDamageNotifyEvent &>(event).drawable);
         }
         XFlush(m_display);
-        return false;
+        return std::any_of(changed.begin(), changed.end(),
+                           [this](Window window) { return isPainted(window); });
     }
 
 private:
@@ -79,13 +83,12 @@ private:
         if (!XGetWindowAttributes(m_display, window, &state) || state.map_state != IsViewable ||
             std::min(state.width, state.height) < kSmallest)
             return false;
-        // The second quarter of its columns: in the windows that are compared, text lies there. Not
-        // its edge: what lies outside a window's shape has another colour as soon as the window is
-        // mapped.
+        // A quarter into it: in the windows that are compared, text lies there. Not its edge: what
+        // lies outside a window's shape has another colour as soon as the window is mapped.
         const int edge = state.height / 16;
-        XImage *image = XGetImage(
-            m_display, window, state.width / 4, edge, static_cast<unsigned>(state.width / 4),
-            static_cast<unsigned>(state.height - 2 * edge), AllPlanes, ZPixmap);
+        XImage *image =
+            XGetImage(m_display, window, state.width / 4, edge, kColumns,
+                      static_cast<unsigned>(state.height - 2 * edge), AllPlanes, ZPixmap);
         if (!image)
             return false;
         bool same = true;
