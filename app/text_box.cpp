@@ -121,6 +121,23 @@ QString originalWithin(const QTextBlock &block, int start, int end)
 
 } // namespace
 
+// A box that was never shown takes every line for one to scroll to: the bar would come, take its
+// room, and go again, and all be laid out for each.
+TextBox::TextBox(QWidget *parent)
+    : QPlainTextEdit(parent)
+{
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+}
+
+void TextBox::showEvent(QShowEvent *event)
+{
+    if (!m_wasShown)
+        moveCursor(QTextCursor::Start);
+    m_wasShown = true;
+    QPlainTextEdit::showEvent(event);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+}
+
 void TextBox::clearTexts()
 {
     clear();
@@ -193,7 +210,8 @@ void TextBox::append(const std::vector<Piece> &pieces)
     for (const Piece &piece : pieces)
         cursor.insertText(piece.shown, formatOf(piece));
     cursor.endEditBlock();
-    moveCursor(QTextCursor::Start);
+    if (m_wasShown) // else it is laid out when it is shown
+        moveCursor(QTextCursor::Start);
 }
 
 QMimeData *TextBox::createMimeDataFromSelection() const

@@ -19,7 +19,7 @@ public:
     static constexpr int kCostOfLine = 8;
     static constexpr int kCostOfOthers = 32;
 
-    using QPlainTextEdit::QPlainTextEdit;
+    explicit TextBox(QWidget *parent = nullptr);
 
     void clearTexts();
 
@@ -37,8 +37,11 @@ public:
     void appendLines(const QString &text, const std::vector<bool> &endsLine);
 
 protected:
+    void showEvent(QShowEvent *event) override;
     QMimeData *createMimeDataFromSelection() const override;
 
 private:
     void append(const std::vector<visible_text::Piece> &pieces);
+
+    bool m_wasShown = false;
 };

@@ -47,6 +47,29 @@ int __wrap_stat(const char *path, struct stat *status)
 
 namespace {
 
+// How many events of a kind an object has had.
+class EventCounter : public QObject
+{
+public:
+    EventCounter(QObject *watched, QEvent::Type type)
+        : m_type(type)
+    {
+        watched->installEventFilter(this);
+    }
+
+    int count() const { return m_count; }
+
+    bool eventFilter(QObject * /*watched*/, QEvent *event) override
+    {
+        m_count += event->type() == m_type ? 1 : 0;
+        return false;
+    }
+
+private:
+    QEvent::Type m_type;
+    int m_count = 0;
+};
+
 // A window on its details page with the parts that show rows.
 struct Details
 {
@@ -116,6 +139,7 @@ private slots:
     void summaryGoesToItsBox();
     void summaryIsAppended();
     void boxesShowTheBeginning();
+    void boxesKeepTheirWidth();
     void rowsAreShownInOrder();
     void laterRowsAreKeptFirst();
     void rowsAreKnownBeforeTheyAreShown();
@@ -231,6 +255,36 @@ void TestAppViews::boxesShowTheBeginning()
         QVERIFY2(box->verticalScrollBar()->maximum() > 0, qPrintable(box->objectName()));
         QCOMPARE(box->verticalScrollBar()->value(), 0);
     }
+}
+
+// A box that fits is laid out once as it is shown: no scroll bar comes and goes.
+void TestAppViews::boxesKeepTheirWidth()
+{
+    MainWindow window;
+    auto *box = child<QPlainTextEdit>(window, "plainTextEdit_normal");
+    auto *other = child<QPlainTextEdit>(window, "plainTextEdit_normal_2");
+    window.result_normal(QStringLiteral("line\n").repeated(5), 0);
+    window.result_normal(QStringLiteral("line\n").repeated(200), 1);
+    QCOMPARE(box->document()->firstBlock().layout()->lineCount(), 0); // not laid out for nothing
+    EventCounter sizes(box->viewport(), QEvent::Resize);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QCoreApplication::processEvents();
+    QCOMPARE(sizes.count(), 1);
+    QCOMPARE(box->textCursor().position(), 0);
+    QVERIFY(!box->textCursor().hasSelection());
+    QVERIFY(!box->verticalScrollBar()->isVisible());
+    QVERIFY(other->verticalScrollBar()->isVisible());
+    QCOMPARE(other->verticalScrollBar()->value(), 0);
+
+    // What is read stays where it is while the other page is shown.
+    other->moveCursor(QTextCursor::End);
+    const int read = other->verticalScrollBar()->value();
+    auto *tabs = child<QTabWidget>(window, "tabWidget");
+    tabs->setCurrentIndex(1);
+    tabs->setCurrentIndex(0);
+    QCOMPARE(other->verticalScrollBar()->value(), read);
+    QVERIFY(other->textCursor().atEnd());
 }
 
 void TestAppViews::rowsAreShownInOrder()
