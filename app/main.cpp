@@ -1,6 +1,7 @@
 #include "app/descriptors.h"
 #include "app/instance/hand_over.h"
 #include "app/instance/qtsingleapplication.h"
+#include "app/look/icon_file.h"
 #include "app/look/program_look.h"
 #include "app/look/screen_scale.h"
 #include "app/look/window_style.h"
@@ -13,6 +14,7 @@
 #include <QDir>
 #include <QIcon>
 #include <QScreen>
+#include <QTimer>
 
 // Each page that goes back to the system is cleared anew when the next picture asks for it: 1 in 6
 // of the start's page faults.
@@ -25,12 +27,23 @@ static void keepFreedMemory()
 #endif
 }
 
+// When the window is painted, most often; nothing depends on it.
+constexpr int kPaintedMs = 100;
+
 static void settleProcess()
 {
     // Whoever reads the diagnostics may end before the window does.
     std::signal(SIGPIPE, SIG_IGN);
     keepFreedMemory();
     rememberStartDirectory();
+}
+
+// What the window's first picture does without: each of its images would be shown to all plug-ins
+// for images, and the icon be decoded, and sent, in all its sizes: 1 in 15 of the start.
+static void endStart(const QStringList &plugInFolders)
+{
+    QCoreApplication::setLibraryPaths(plugInFolders);
+    QApplication::setWindowIcon(QApplication::windowIcon()); // it can be read now
 }
 
 int main(int argc, char *argv[])
@@ -64,14 +77,18 @@ int main(int argc, char *argv[])
     QCoreApplication::addLibraryPath(QStringLiteral("plugins"));
     program_look::dress();
 
+    const QStringList plugInFolders = QCoreApplication::libraryPaths();
+    if (qgetenv("QT_XCB_GL_INTEGRATION") == "none") // any other is a plug-in of the window's
+        QCoreApplication::setLibraryPaths({});
     MainWindow window;
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/img/res/stamp.ico")));
+    QApplication::setWindowIcon(QIcon(new IconFile(QStringLiteral(":/img/res/stamp.ico"))));
     window.move(
         window_style::centred(window.geometry(), QGuiApplication::primaryScreen()->geometry()));
     if (argc <= 1)
         return 0; // nothing to show; the window was built all the same
     window.loadcertfile(argv[1]);
     window.setVisible(true);
+    QTimer::singleShot(kPaintedMs, &window, [&] { endStart(plugInFolders); });
     qDebug("main:: end");
     return QApplication::exec();
 }

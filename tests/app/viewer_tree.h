@@ -156,6 +156,22 @@ public:
                 found.value(QStringLiteral("WIDTH")), found.value(QStringLiteral("HEIGHT"))};
     }
 
+    /// What the X server has of the window's icon: each size's width, height and pixels; a single
+    /// empty text when there is none.
+    static QStringList icon(const QString &window)
+    {
+        QProcess xprop;
+        xprop.start(QStringLiteral("xprop"),
+                    QStringLiteral("-id %1 -len 1000000 -notype -f _NET_WM_ICON 32c _NET_WM_ICON")
+                        .arg(window)
+                        .split(QLatin1Char(' ')));
+        if (!xprop.waitForFinished(kPatienceMs))
+            qFatal("xprop: %s", qPrintable(xprop.errorString()));
+        return QString::fromLatin1(xprop.readAllStandardOutput())
+            .section(QStringLiteral(" = "), 1)
+            .split(QStringLiteral(", "));
+    }
+
 private:
     QProcess m_process;
     QByteArray m_errors;
