@@ -10,9 +10,9 @@
 
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <QApplication>
+#include <QByteArray>
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QTableWidget>
@@ -64,7 +64,8 @@ Widget *child(MainWindow &window, const char *name)
 int main(int argc, char **argv)
 {
     qInstallMessageHandler(ignore);
-    results = ::fdopen(::dup(STDOUT_FILENO), "w");
+    const int output = ::dup(STDOUT_FILENO);
+    results = output < 0 ? nullptr : ::fdopen(output, "w");
     if (argc != 3 || !results || !std::freopen("/dev/null", "w", stdout))
         return 2;
     QApplication application(argc, argv);
@@ -74,7 +75,8 @@ int main(int argc, char **argv)
     auto *selector = child<QComboBox>(window, "comboBox_selection");
     child<QTabWidget>(window, "tabWidget")->setCurrentIndex(1);
     measure("shown", [&] {
-        window.result_detail(rowsOf(std::atoi(argv[2]), std::strcmp(argv[1], "--same-rows") == 0));
+        window.result_detail(
+            rowsOf(QByteArray(argv[2]).toInt(), std::strcmp(argv[1], "--same-rows") == 0));
         window.show();
     });
     measure("selected", [&] { selector->setCurrentIndex(1); });
