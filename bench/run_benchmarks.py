@@ -2,8 +2,8 @@
 """run_benchmarks.py BUILD [--rounds N]: measures the viewer of a build tree beside its peers and
 prints the results as Markdown. Run by bench.sh, on a display of its own.
 
-What is compared runs in turn, round by round, so that a busy moment meets all alike. A ratio is the
-median of the rounds' ratios.
+What is compared runs in turn, round by round, so that a busy moment meets all alike, and in an order
+of the round's own. A ratio is the median of the rounds' ratios.
 """
 
 import argparse
@@ -107,8 +107,9 @@ def measure_starts(bench):
                 run()  # what is read once from the disk
             results = {name: [] for name in commands}
             for _ in range(bench.rounds):
-                for name, run in commands.items():
-                    results[name].append(run())
+                # What ran before leaves its libraries in the caches.
+                for name in random.sample(list(commands), len(commands)):
+                    results[name].append(commands[name]())
     finally:
         running.terminate()
         running.wait()
