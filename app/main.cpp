@@ -1,7 +1,6 @@
 #include "app/descriptors.h"
 #include "app/instance/hand_over.h"
 #include "app/instance/qtsingleapplication.h"
-#include "app/look/icon_file.h"
 #include "app/look/program_look.h"
 #include "app/look/screen_scale.h"
 #include "app/look/window_style.h"
@@ -27,9 +26,6 @@ static void keepFreedMemory()
 #endif
 }
 
-// When the window is painted, most often; nothing depends on it.
-constexpr int kPaintedMs = 100;
-
 static void settleProcess()
 {
     // Whoever reads the diagnostics may end before the window does.
@@ -38,12 +34,41 @@ static void settleProcess()
     rememberStartDirectory();
 }
 
-// What the window's first picture does without: each of its images would be shown to all plug-ins
-// for images, and the icon be decoded, and sent, in all its sizes: 1 in 15 of the start.
-static void endStart(const QStringList &plugInFolders)
+static bool isLeftToAnother(QtSingleApplication &application, const QString &message)
 {
-    QCoreApplication::setLibraryPaths(plugInFolders);
-    QApplication::setWindowIcon(QApplication::windowIcon()); // it can be read now
+    const bool isRunning = application.isRunning();
+    if (isRunning) {
+        qDebug("this is already running");
+        application.sendMessage(message, 4000);
+    }
+    return isRunning;
+}
+
+// The application's icon, as soon as a plug-in for its format is found.
+static void setIcon()
+{
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/img/res/stamp.ico")));
+}
+
+// What the window's first picture does without is put off: each image of the skin would be shown to
+// all plug-ins for images, and the icon be decoded, and sent, in all its sizes: 1 in 15 of the
+// start. With other displays, or with OpenGL, the window itself is a matter of plug-ins.
+static QStringList findNoPlugIns()
+{
+    const QStringList folders = QCoreApplication::libraryPaths();
+    if (QGuiApplication::platformName() == QLatin1String("xcb") &&
+        qgetenv("QT_XCB_GL_INTEGRATION") == "none")
+        QCoreApplication::setLibraryPaths({});
+    return folders;
+}
+
+static void findPlugIns(QWidget *window, const QStringList &folders)
+{
+    constexpr int kPaintedMs = 50; // most often; nothing depends on it
+    if (QCoreApplication::libraryPaths() == folders)
+        return;
+    QCoreApplication::setLibraryPaths(folders);
+    QTimer::singleShot(kPaintedMs, window, setIcon);
 }
 
 int main(int argc, char *argv[])
@@ -67,28 +92,23 @@ int main(int argc, char *argv[])
         application.emplace(id, argc, argv);
         fonts.wait();
     } while (scale.isWrong());
-    if (application->isRunning()) {
-        qDebug("this is already running");
-        application->sendMessage(message, 4000);
+    if (isLeftToAnother(*application, message))
         return 0;
-    }
     // Deliberate: nobody listens to messageReceived; the running window is not raised.
     QDir::setCurrent(QCoreApplication::applicationDirPath());
     QCoreApplication::addLibraryPath(QStringLiteral("plugins"));
     program_look::dress();
 
-    const QStringList plugInFolders = QCoreApplication::libraryPaths();
-    if (qgetenv("QT_XCB_GL_INTEGRATION") == "none") // any other is a plug-in of the window's
-        QCoreApplication::setLibraryPaths({});
+    const QStringList plugInFolders = findNoPlugIns();
     MainWindow window;
-    QApplication::setWindowIcon(QIcon(new IconFile(QStringLiteral(":/img/res/stamp.ico"))));
+    setIcon();
     window.move(
         window_style::centred(window.geometry(), QGuiApplication::primaryScreen()->geometry()));
     if (argc <= 1)
         return 0; // nothing to show; the window was built all the same
     window.loadcertfile(argv[1]);
     window.setVisible(true);
-    QTimer::singleShot(kPaintedMs, &window, [&] { endStart(plugInFolders); });
+    findPlugIns(&window, plugInFolders);
     qDebug("main:: end");
     return QApplication::exec();
 }

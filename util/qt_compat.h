@@ -5,13 +5,6 @@
 
 /// The few places where Qt 5 and Qt 6 truly differ.
 
-/// Behind what an icon's engine overrides and Qt 6 no longer has const.
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-#define PX_CONST_BEFORE_QT_6 const
-#else
-#define PX_CONST_BEFORE_QT_6
-#endif
-
 /// Where a mouse event happened, on the virtual desktop. A template, so that this header asks for
 /// no GUI.
 template <typename MouseEvent>

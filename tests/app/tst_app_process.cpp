@@ -247,7 +247,7 @@ void TestAppProcess::furtherArgumentsAreIgnored()
     QCOMPARE(parsed(other), 0);
 }
 
-// Soon after it is painted.
+// Soon after it is shown.
 void TestAppProcess::bearsTheIcon()
 {
     const ViewerTree tree;

@@ -1,4 +1,3 @@
-#include "app/look/icon_file.h"
 #include "app/look/program_look.h"
 
 #include <QApplication>
@@ -89,7 +88,6 @@ private slots:
     void openGlTheUserNamedIsLoaded();
     void sessionBus_data();
     void sessionBus();
-    void iconFile();
 
 private:
     QScopedPointer<QStyle> m_toolkits;
@@ -235,33 +233,6 @@ void TestAppLook::sessionBus()
     for (const auto &[name, value] : variables)
         qputenv(name, before.takeFirst());
     QCOMPARE(result, left);
-}
-
-// As the toolkit's own icon of that file, once there is one.
-void TestAppLook::iconFile()
-{
-    const QString original = QStringLiteral(PX_SOURCE_DIR "/app/img/res/stamp.ico");
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("icon.ico"));
-    QIcon icon(new IconFile(path));
-    QVERIFY(icon.availableSizes().isEmpty());
-    QVERIFY(icon.pixmap(32, 32).isNull());
-    QVERIFY(QFile::copy(original, path));
-    const QIcon expected(original);
-    const QList<QSize> sizes = expected.availableSizes();
-    QVERIFY(sizes.size() > 1);
-    QCOMPARE(icon.availableSizes(), sizes);
-    for (const QSize &size : sizes)
-        QCOMPARE(icon.pixmap(size).toImage(), expected.pixmap(size).toImage());
-    QCOMPARE(icon.actualSize({40, 40}), expected.actualSize({40, 40}));
-    const auto painted = [](const QIcon &which) {
-        return drawn([&](QPainter *painter) { which.paint(painter, kPlace); });
-    };
-    QCOMPARE(painted(icon), painted(expected));
-    QVERIFY(painted(icon) != painted(QIcon()));
-    QIcon another = icon;
-    another.addFile(original); // which parts the two
-    QCOMPARE(another.availableSizes(), sizes);
 }
 
 QTEST_MAIN(TestAppLook)

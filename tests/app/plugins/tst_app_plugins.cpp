@@ -1,5 +1,7 @@
 #include "tests/app/viewer_tree.h"
 
+#include <QRegularExpression>
+
 /// Which plug-ins the toolkit loads into the viewer, from folders that others than its installer
 /// may fill. That of the toolkit's own installation aside, a folder is the installer's, the user's
 /// own, by the environment, or whoever's: where the program is started, which is often where the
@@ -11,6 +13,7 @@ class TestAppPlugins : public QObject
 private slots:
     void decoys_data();
     void decoys();
+    void onOtherDisplays();
     void coreWhereItIsStarted();
 };
 
@@ -28,7 +31,7 @@ const QStringList kUnnamed = {QStringLiteral("iconengines"), QStringLiteral("ima
 
 const QString kShown = QStringLiteral("main:: end");
 
-// The toolkit's own plug-in for icons is found before those beside the program.
+// The toolkit's own plug-in for the icon's format is found before those beside the program.
 QStringList withoutImages(QStringList kinds)
 {
     kinds.removeAll(QStringLiteral("imageformats"));
@@ -109,10 +112,29 @@ void TestAppPlugins::decoys()
     QVERIFY(!window.isEmpty());
     // The last that is asked for is the icon.
     QTRY_VERIFY_WITH_TIMEOUT(Program::icon(window).size() > 1, Program::kPatienceMs);
+    QTest::qWait(100); // what it said by then is read
     QCOMPARE(loadedKinds(viewer, folder), loaded);
-    const QStringList lines = viewer.debugLines().mid(0, viewer.debugLines().indexOf(kShown));
+    const auto shown = viewer.debugLines().indexOf(kShown);
+    QVERIFY(shown >= 0);
+    const QStringList lines = viewer.debugLines().mid(0, shown);
     for (const QString &kind : kUnnamed) // not before the window is there
         QVERIFY(lines.filter(QLatin1Char('/') + kind + QLatin1Char('/')).isEmpty());
+}
+
+// Whose windows may be a matter of plug-ins.
+void TestAppPlugins::onOtherDisplays()
+{
+    ViewerTree tree;
+    const QString folder = tree.path("bin/plugins");
+    fillWithDecoys(folder);
+    tree.environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    tree.startBeside("server.pem", QStringLiteral("server.pem"));
+    Program viewer(tree, "PXViewCertTool", {QStringLiteral("server.pem")});
+    QVERIFY(viewer.says("main:: end"));
+    const QStringList lines = viewer.debugLines();
+    QVERIFY(lines.indexOf(QRegularExpression(QStringLiteral("decoy .*/imageformats/.*"))) <
+            lines.indexOf(kShown));
+    QCOMPARE(loadedKinds(viewer, folder), kUnnamed);
 }
 
 // Also when the install folder has none.
