@@ -19,7 +19,6 @@
 namespace {
 
 const char *const kLoaded = "mainwindow::loadcertfile end";
-const char *const kReady = "main:: end";
 
 QString example(const char *name)
 {

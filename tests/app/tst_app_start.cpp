@@ -185,7 +185,7 @@ void TestAppStart::windowAppears()
     tree.environment.insert(QString::fromLatin1(variable), value);
     Program program(tree, kViewer, certificate());
     QVERIFY(!program.window().isEmpty());
-    QVERIFY(program.says("main:: end"));
+    QVERIFY(program.says(kReady));
 }
 
 void TestAppStart::windowAppearsOnARemoteDisplay()
@@ -194,7 +194,7 @@ void TestAppStart::windowAppearsOnARemoteDisplay()
     ViewerTree tree;
     tree.environment.insert(QStringLiteral("DISPLAY"), display.name());
     Program program(tree, kViewer, certificate());
-    QVERIFY(program.says("main:: end"));
+    QVERIFY(program.says(kReady));
     QTRY_VERIFY_WITH_TIMEOUT(display.showsWindow(), Program::kPatienceMs);
 }
 

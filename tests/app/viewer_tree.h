@@ -11,6 +11,7 @@
 #include <QTest>
 
 inline constexpr const char *kViewer = "PXViewCertTool";
+inline constexpr const char *kReady = "main:: end"; // what it says once its window is shown
 
 /// An install tree with the viewer, the default core and the texts in it, and a folder below which
 /// its instances are guarded apart from all others. It speaks English.
