@@ -1,6 +1,7 @@
 #include "app/descriptors.h"
 #include "app/instance/hand_over.h"
 #include "app/instance/qtsingleapplication.h"
+#include "app/look/fonts_ahead.h"
 #include "app/look/program_look.h"
 #include "app/look/screen_scale.h"
 #include "app/look/window_style.h"
@@ -86,7 +87,7 @@ int main(int argc, char *argv[])
     program_look::chooseDisplay();
     program_look::leaveOutTheUnused();
     ScreenScale scale({window_style::kWidth, window_style::kHeight});
-    const auto fonts = program_look::readFontsAhead();
+    FontsAhead fonts;
     std::optional<QtSingleApplication> application;
     do {
         application.emplace(id, argc, argv);

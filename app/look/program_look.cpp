@@ -2,8 +2,6 @@
 
 #include "app/look/window_style.h"
 
-#include <clocale>
-#include <fontconfig/fontconfig.h>
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFile>
@@ -135,12 +133,6 @@ void leaveOutTheUnused()
     // A process of its own would look for that program, and the start wait for it: 2 ms.
     if (!mayFindSessionBus())
         qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
-}
-
-std::future<void> readFontsAhead()
-{
-    std::setlocale(LC_ALL, ""); // which decides how numbers are read, and must not change meanwhile
-    return std::async([] { FcInit(); });
 }
 
 void dress()

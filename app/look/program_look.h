@@ -1,6 +1,5 @@
 #pragma once
 
-#include <future>
 #include <QString>
 
 /// What makes the program look the same on every desktop.
@@ -15,11 +14,6 @@ void chooseDisplay();
 /// Nor does it look for a session bus where there is none. To be called before the application
 /// object is made.
 void leaveOutTheUnused();
-
-/// Begins to read which fonts there are, a tenth of the start, beside whoever calls, who sets no
-/// variable of the environment up to its end. To be waited for before the toolkit needs a font, or
-/// it would begin anew. Takes on the user's locale, as the application object does.
-std::future<void> readFontsAhead();
 
 /// Widget style, colours and font of the program's own: its skin is a light one, whatever the
 /// desktop's theme is.
