@@ -5,7 +5,8 @@ render_artwork.py [--output DIR]
     --output writes the same tree into another directory than app/img.
 
 What the program reads at every start is written for speed: the pictures of scale 1 uncompressed,
-and the icon file's as bitmaps.
+and with a palette if they can, which the toolkit converts without other threads; the icon file's as
+bitmaps.
 
 Needs rsvg-convert (Debian: librsvg2-bin).
 """
@@ -108,11 +109,24 @@ def picture(png):
     return width, depth, list(unfiltered(zlib.decompress(parts[b"IDAT"]), width * depth, depth))
 
 
-def uncompressed(png):
-    _, _, rows = picture(png)
-    pixels = zlib.compress(b"".join(b"\0" + row for row in rows), 0)
-    header = next(content for kind, content in chunks(png) if kind == b"IHDR")
-    return (png[:8] + chunk(b"IHDR", header) + chunk(b"IDAT", pixels) + chunk(b"IEND", b""))
+def quick(png):
+    """The picture uncompressed, and by a palette where its colours are few enough for one."""
+    width, depth, rows = picture(png)
+    pixels = [[row[i:i + depth] for i in range(0, len(row), depth)] for row in rows]
+    colors = sorted({color for row in pixels for color in row})
+    palette = b""
+    kind = {3: 2, 4: 6}[depth]
+    if len(colors) <= 256:
+        kind = 3
+        palette = chunk(b"PLTE", b"".join(color[:3] for color in colors))
+        if depth == 4:
+            palette += chunk(b"tRNS", bytes(color[3] for color in colors))
+        places = {color: place for place, color in enumerate(colors)}
+        rows = [bytes(places[color] for color in row) for row in pixels]
+    header = struct.pack(">2I5B", width, len(rows), 8, kind, 0, 0, 0)
+    content = zlib.compress(b"".join(b"\0" + row for row in rows), 0)
+    return (png[:8] + chunk(b"IHDR", header) + palette + chunk(b"IDAT", content) +
+            chunk(b"IEND", b""))
 
 
 def bitmap(png):
@@ -151,7 +165,7 @@ def main():
     for name, width, height in IMAGES:
         image = output / name
         render((SOURCE / name).with_suffix(".svg"), image, width, height)
-        image.write_bytes(uncompressed(image.read_bytes()))
+        image.write_bytes(quick(image.read_bytes()))
     for name, drawing, width, height in LARGER:
         for scale in SCALES:
             render(SOURCE / drawing, output / f"{name}@{scale}x.png", scale * width, scale * height)

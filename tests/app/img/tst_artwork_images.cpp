@@ -11,6 +11,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
 
 namespace {
 
@@ -51,6 +52,19 @@ int difference(const QImage &left, const QImage &right)
     return greatest;
 }
 
+// The names of this program's threads.
+QStringList threads()
+{
+    QStringList names;
+    QDirIterator tasks(QStringLiteral("/proc/self/task"), QDir::Dirs | QDir::NoDotAndDotDot);
+    while (tasks.hasNext()) {
+        QFile name(tasks.next() + QLatin1String("/comm"));
+        if (name.open(QIODevice::ReadOnly))
+            names << QString::fromLocal8Bit(name.readAll()).trimmed();
+    }
+    return names;
+}
+
 QImage resourceImage(const char *path)
 {
     return QImage(QLatin1String(path)).convertToFormat(QImage::Format_ARGB32);
@@ -69,6 +83,7 @@ class TestArtworkImages : public QObject
     Q_OBJECT
 
 private slots:
+    void startNoThreads();
     void haveTheirSizes_data();
     void haveTheirSizes();
     void areWhatTheDrawingsSay();
@@ -79,6 +94,21 @@ private slots:
     void sealStandsOutFromTheStrip();
     void arrowIsFoundWithoutItsSuffix();
 };
+
+// For a picture of more than 128 KiB the toolkit starts two, which takes longer than its
+// conversion.
+void TestArtworkImages::startNoThreads()
+{
+    for (const char *path :
+         {":/img/cert.png", ":/img/res/background.png", ":/img/res/bk_rose_gold_noborder.png",
+          ":/img/res/closeBtn/close_normal.png"})
+        QVERIFY(QPixmap(QLatin1String(path)).toImage().hasAlphaChannel());
+    const QString pooled = QStringLiteral("Thread (pooled)");
+    QVERIFY(!threads().contains(pooled));
+    const QImage large(400, 400, QImage::Format_ARGB32);
+    QVERIFY(!large.convertToFormat(QImage::Format_ARGB32_Premultiplied).isNull());
+    QVERIFY(threads().contains(pooled) || QThreadPool::globalInstance()->maxThreadCount() < 2);
+}
 
 void TestArtworkImages::haveTheirSizes_data()
 {
