@@ -1,44 +1,66 @@
 #include "util/plain_ini.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <QLatin1String>
 
 namespace {
 
 constexpr QChar kSlash('/');
 
-std::u16string_view unitsOf(QStringView text)
+QLatin1String latin1(std::string_view name)
 {
-    return {text.utf16(), static_cast<std::size_t>(text.size())};
+    return QLatin1String(name.data(), static_cast<int>(name.size()));
+}
+
+bool contains(std::string_view text, char c)
+{
+    return text.find(c) != std::string_view::npos;
 }
 
 // What stands for itself wherever it is written.
-bool isPlainChar(QChar c)
+constexpr std::string_view kPlain =
+    "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._";
+
+constexpr std::array<bool, 256> plainOctets()
 {
-    const ushort code = c.unicode();
-    return (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z') ||
-           (code >= '0' && code <= '9') || code == '.' || code == '_';
+    std::array<bool, 256> plain = {};
+    for (const char c : kPlain)
+        plain[static_cast<unsigned char>(c)] = true;
+    return plain;
 }
 
-bool isPlainName(QStringView name)
+bool isPlainChar(char c)
 {
-    return !name.isEmpty() && std::all_of(name.begin(), name.end(), isPlainChar);
+    static constexpr std::array<bool, 256> kIsPlain = plainOctets();
+    return kIsPlain[static_cast<unsigned char>(c)];
 }
 
-// A plain text: in quotes anything but what is escaped, replaced or means a type, else a name.
-bool takePlainText(QStringView &text)
+bool isPlainName(std::string_view name)
 {
-    constexpr QChar kQuote('"');
+    return !name.empty() && std::all_of(name.begin(), name.end(), isPlainChar);
+}
+
+// A plain text: in quotes anything but what is escaped or means a type, else a name.
+bool takePlainText(std::string_view &text)
+{
+    constexpr char kQuote = '"';
     if (text.size() < 2 || text.front() != kQuote)
         return isPlainName(text);
     if (text.back() != kQuote)
         return false;
-    text = text.mid(1, text.size() - 2);
-    return !text.startsWith(QLatin1Char('@')) &&
-           std::none_of(text.begin(), text.end(), [](QChar c) {
-               return c == QLatin1Char('"') || c == QLatin1Char('\\') || c.isNull() ||
-                      c == QChar::ReplacementCharacter || c == QChar::ByteOrderMark;
-           });
+    text = text.substr(1, text.size() - 2);
+    const bool isTyped = !text.empty() && text.front() == '@';
+    return !isTyped && !contains(text, kQuote) && !contains(text, '\\') && !contains(text, '\0');
+}
+
+// The first piece of the text up to the character, which is taken away with it.
+std::string_view takeUpTo(char end, std::string_view &text)
+{
+    const std::string_view piece = text.substr(0, text.find(end));
+    text.remove_prefix(std::min(piece.size() + 1, text.size()));
+    return piece;
 }
 
 // The names of "section/key" as `QSettings` takes keys: what stands between slashes, empty ones
@@ -61,44 +83,44 @@ void splitNames(QStringView section, QStringView key, QStringView (&names)[3], i
 
 bool PlainIni::read(const QByteArray &content)
 {
-    if (content.startsWith("\xEF\xBB\xBF"))
+    // What is no UTF-8 becomes a replacement.
+    const QString text = QString::fromUtf8(content.constData(), content.size());
+    if (content.startsWith("\xEF\xBB\xBF") || text.contains(QChar::ByteOrderMark) ||
+        text.contains(QChar::ReplacementCharacter))
         return false;
-    m_content = QString::fromUtf8(content.constData(), content.size());
+    m_content = content;
     Section *section = nullptr;
-    QStringView rest(m_content);
-    while (!rest.isEmpty()) {
-        const auto end = rest.indexOf(QLatin1Char('\n'));
-        if (!readLine(end < 0 ? rest : rest.left(end), section))
+    std::string_view rest(m_content.constData(), static_cast<std::size_t>(m_content.size()));
+    while (!rest.empty()) {
+        if (!readLine(takeUpTo('\n', rest), section))
             return false;
-        rest = rest.mid(end < 0 ? rest.size() : end + 1);
     }
     return true;
 }
 
 // False when the line is not plain: it says nothing, or heads a section, or is a name, an equals
 // sign and a plain text below one.
-bool PlainIni::readLine(QStringView line, Section *&section)
+bool PlainIni::readLine(std::string_view line, Section *&section)
 {
-    if (line.isEmpty())
+    if (line.empty())
         return true;
-    if (line.front() == QLatin1Char(';'))
-        return !line.contains(QLatin1Char('\r'));
-    if (line.front() == QLatin1Char('[') && line.back() == QLatin1Char(']')) {
-        const QStringView name = line.mid(1, line.size() - 2);
+    if (line.front() == ';')
+        return !contains(line, '\r');
+    if (line.front() == '[' && line.back() == ']') {
+        const std::string_view name = line.substr(1, line.size() - 2);
         section = &sectionNamed(name);
         return isPlainName(name) &&
-               name.compare(QLatin1String("General"), Qt::CaseInsensitive) != 0;
+               latin1(name).compare(QLatin1String("General"), Qt::CaseInsensitive) != 0;
     }
-    const auto equals = line.indexOf(QLatin1Char('='));
-    if (!section || equals < 0)
+    if (!section || !contains(line, '='))
         return false;
-    const QStringView key = line.left(equals);
-    QStringView text = line.mid(equals + 1);
-    section->entries.push_back({key, text, QString()});
+    const std::string_view key = takeUpTo('=', line);
+    m_longestKey = std::max(m_longestKey, key.size());
+    section->entries.push_back({key, line, QString()});
     return isPlainName(key) && takePlainText(section->entries.back().text);
 }
 
-PlainIni::Section &PlainIni::sectionNamed(QStringView name)
+PlainIni::Section &PlainIni::sectionNamed(std::string_view name)
 {
     const auto found = std::find_if(m_sections.begin(), m_sections.end(),
                                     [&](const Section &section) { return section.name == name; });
@@ -110,17 +132,29 @@ PlainIni::Section &PlainIni::sectionNamed(QStringView name)
 
 PlainIni::Entry *PlainIni::find(QStringView section, QStringView key)
 {
-    const auto named = std::find_if(m_sections.begin(), m_sections.end(),
-                                    [&](const Section &each) { return each.name == section; });
+    const auto named = std::find_if(m_sections.begin(), m_sections.end(), [&](const Section &each) {
+        return section == latin1(each.name);
+    });
     if (named == m_sections.end())
         return nullptr;
     if (named->places.empty()) {
         named->places.reserve(named->entries.size());
         for (std::size_t i = 0; i < named->entries.size(); ++i)
-            named->places[unitsOf(named->entries[i].key)] = i;
+            named->places[named->entries[i].key] = i;
     }
-    const auto found = named->places.find(unitsOf(key));
+    const auto found = named->places.find(asOctets(key));
     return found == named->places.end() ? nullptr : &named->entries[found->second];
+}
+
+// The key as it would stand in the file; an empty one, which no file has, when none has it.
+std::string_view PlainIni::asOctets(QStringView key)
+{
+    m_asked.clear();
+    if (static_cast<std::size_t>(key.size()) > m_longestKey)
+        return m_asked;
+    m_asked.resize(static_cast<std::size_t>(key.size()));
+    std::transform(key.begin(), key.end(), m_asked.begin(), [](QChar c) { return c.toLatin1(); });
+    return m_asked;
 }
 
 QString PlainIni::value(QStringView section, QStringView key)
@@ -135,6 +169,6 @@ QString PlainIni::value(QStringView section, QStringView key)
     if (!entry)
         return {};
     if (entry->value.isNull())
-        entry->value = entry->text.toString();
+        entry->value = QString::fromUtf8(entry->text.data(), static_cast<int>(entry->text.size()));
     return entry->value;
 }

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringView>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -23,22 +24,25 @@ public:
 private:
     struct Entry
     {
-        QStringView key; ///< as are the other views, a part of `m_content`
-        QStringView text;
-        QString value; ///< the text once it was asked for
+        std::string_view key;  ///< as are the other views, a part of `m_content`
+        std::string_view text; ///< UTF-8
+        QString value;         ///< the text once it was asked for
     };
     struct Section
     {
-        QStringView name;
+        std::string_view name;
         std::vector<Entry> entries; ///< of equal keys the last counts
         /// The places of the entries by key; empty until somebody asks.
-        std::unordered_map<std::u16string_view, std::size_t> places;
+        std::unordered_map<std::string_view, std::size_t> places;
     };
 
-    bool readLine(QStringView line, Section *&section);
-    Section &sectionNamed(QStringView name);
+    bool readLine(std::string_view line, Section *&section);
+    Section &sectionNamed(std::string_view name);
     Entry *find(QStringView section, QStringView key);
+    std::string_view asOctets(QStringView key);
 
-    QString m_content;
+    QByteArray m_content;
     std::vector<Section> m_sections;
+    std::size_t m_longestKey = 0;
+    std::string m_asked; ///< the key that is looked for, in memory that stays
 };
