@@ -6,32 +6,21 @@
 #include "app/look/screen_scale.h"
 #include "app/look/window_style.h"
 #include "app/mainwindow.h"
+#include "app/program_memory.h"
 #include "core/start_directory.h"
 
 #include <csignal>
-#include <malloc.h>
 #include <optional>
 #include <QDir>
 #include <QIcon>
 #include <QScreen>
 #include <QTimer>
 
-// Each page that goes back to the system is cleared anew when the next picture asks for it: 1 in 6
-// of the start's page faults.
-static void keepFreedMemory()
-{
-#ifdef __GLIBC__
-    constexpr int kMebibyte = 1024 * 1024;
-    mallopt(M_MMAP_THRESHOLD, 4 * kMebibyte);
-    mallopt(M_TRIM_THRESHOLD, 8 * kMebibyte);
-#endif
-}
-
 static void settleProcess()
 {
     // Whoever reads the diagnostics may end before the window does.
     std::signal(SIGPIPE, SIG_IGN);
-    keepFreedMemory();
+    program_memory::keepFreed();
     rememberStartDirectory();
 }
 
@@ -108,6 +97,7 @@ int main(int argc, char *argv[])
     if (argc <= 1)
         return 0; // nothing to show; the window was built all the same
     window.loadcertfile(argv[1]);
+    program_memory::giveBackFiles(); // linked, built and read; what is left is to be shown
     window.setVisible(true);
     findPlugIns(&window, plugInFolders);
     qDebug("main:: end");

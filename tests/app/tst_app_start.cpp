@@ -21,6 +21,21 @@ QStringList loaded(const Program &program, const char *pattern)
     return lines.filter(QRegularExpression(QLatin1String(pattern)));
 }
 
+// Of what a running program only reads of a library, how much it has in memory, and of how much, in
+// kibibytes. The first such part is what linking reads.
+QPair<int, int> readOf(const Program &program, const char *library)
+{
+    QFile maps(QStringLiteral("/proc/%1/smaps").arg(program.id()));
+    if (!maps.open(QIODevice::ReadOnly))
+        return {};
+    const QRegularExpression part(
+        QStringLiteral(
+            " r--p 0{8} \\S+ \\d+ +\\S+/%1[^\\n]*\\nSize: +(\\d+) kB(?:\\n.*)*?\\nRss: +(\\d+)")
+            .arg(QLatin1String(library)));
+    const QRegularExpressionMatch found = part.match(QString::fromLocal8Bit(maps.readAll()));
+    return {found.captured(2).toInt(), found.captured(1).toInt()};
+}
+
 // How many page faults the program's ended children had: a number, which is 0 when there were none.
 QByteArray faultsOfChildren(const Program &program)
 {
@@ -83,6 +98,7 @@ class TestAppStart : public QObject
 private slots:
     void loadsNeitherOpenGlNorTheDesktopsTheme();
     void leavesOpenGlToTheUser();
+    void givesBackWhatLinkingRead();
     void looksForNoBusWhereThereIsNone();
     void asksWhoStartsABus();
     void secondStartAsksForNoDisplay();
@@ -113,6 +129,16 @@ void TestAppStart::leavesOpenGlToTheUser()
     Program program(tree, kViewer, certificate());
     QVERIFY(!program.window().isEmpty());
     QVERIFY(!loaded(program, kOpenGl).isEmpty());
+}
+
+void TestAppStart::givesBackWhatLinkingRead()
+{
+    const ViewerTree tree;
+    Program program(tree, kViewer, certificate());
+    QVERIFY(!program.window().isEmpty());
+    const auto [resident, size] = readOf(program, "libQt.Widgets");
+    QVERIFY(size > 500);
+    QVERIFY2(resident < size * 3 / 4, qPrintable(QString::number(resident)));
 }
 
 void TestAppStart::looksForNoBusWhereThereIsNone()

@@ -1,0 +1,72 @@
+#include "app/program_memory.h"
+
+#include <algorithm>
+#include <link.h>
+#include <malloc.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace program_memory {
+
+namespace {
+
+using Segment = ElfW(Phdr);
+
+bool isOnlyRead(const Segment &segment)
+{
+    constexpr std::size_t kLarge = 200 * 1024; // a call for less gains nothing
+    return segment.p_type == PT_LOAD && segment.p_flags == PF_R && segment.p_memsz > kLarge;
+}
+
+// Linking wrote to what is only read since: that is in no file.
+bool wasRelocated(const dl_phdr_info &object, const Segment &segment)
+{
+    if (segment.p_type != PT_DYNAMIC)
+        return false;
+    const auto *entry = reinterpret_cast<const ElfW(Dyn) *>(object.dlpi_addr + segment.p_vaddr);
+    for (; entry->d_tag != DT_NULL; ++entry) {
+        if (entry->d_tag == DT_TEXTREL ||
+            (entry->d_tag == DT_FLAGS && (entry->d_un.d_val & DF_TEXTREL) != 0))
+            return true;
+    }
+    return false;
+}
+
+void giveBack(ElfW(Addr) begin, std::size_t size)
+{
+    const auto page = static_cast<ElfW(Addr)>(::sysconf(_SC_PAGESIZE));
+    const ElfW(Addr) first = begin / page * page;
+    ::madvise(reinterpret_cast<void *>(first), begin + size - first, MADV_DONTNEED);
+}
+
+int giveBackObject(dl_phdr_info *object, std::size_t /*size*/, void * /*nothing*/)
+{
+    const Segment *const first = object->dlpi_phdr;
+    const Segment *const end = first + object->dlpi_phnum;
+    if (std::any_of(first, end,
+                    [&](const Segment &segment) { return wasRelocated(*object, segment); }))
+        return 0;
+    std::for_each(first, end, [&](const Segment &segment) {
+        if (isOnlyRead(segment))
+            giveBack(object->dlpi_addr + segment.p_vaddr, segment.p_memsz);
+    });
+    return 0;
+}
+
+} // namespace
+
+void keepFreed()
+{
+#ifdef __GLIBC__
+    constexpr int kMebibyte = 1024 * 1024;
+    mallopt(M_MMAP_THRESHOLD, 4 * kMebibyte);
+    mallopt(M_TRIM_THRESHOLD, 8 * kMebibyte);
+#endif
+}
+
+void giveBackFiles()
+{
+    dl_iterate_phdr(giveBackObject, nullptr);
+}
+
+} // namespace program_memory
