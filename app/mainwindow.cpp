@@ -275,7 +275,6 @@ void MainWindow::setUpBoxes()
 void MainWindow::setUpSelector()
 {
     QComboBox *selector = ui->comboBox_selection;
-    selector->setView(new QListView(selector)); // the items' style applies to no other view
     selector->setGeometry(placed(kSelector, m_scale));
     for (const QLatin1String key :
          {text_keys::kShowAll, text_keys::kShowBasicFields, text_keys::kShowExtensions})
@@ -288,16 +287,19 @@ void MainWindow::dress(TextBox *box)
     box->verticalScrollBar()->setStyleSheet(boxScrollBarStyle(m_scale));
 }
 
-// Before the page is first shown: 1 in 30 of a start, which shows the other one.
+// Before the page is first shown: 1 in 20 of a start, which shows the other one.
 void MainWindow::dressDetails()
 {
     QTableWidget *table = ui->tableWidget_detailinfo;
+    QComboBox *selector = ui->comboBox_selection;
     ui->label_2_notice->setStyleSheet(textStyle(m_scale));
     table->horizontalHeader()->setStyleSheet(tableHeaderStyle());
     table->setStyleSheet(tableStyle(m_scale));
     table->verticalScrollBar()->setStyleSheet(tableScrollBarStyle(m_scale));
     dress(ui->plainTextEdit_detail_2);
-    ui->comboBox_selection->setStyleSheet(selectorStyle(m_scale));
+    selector->setView(new QListView(selector)); // the items' style applies to no other view
+    selector->view()->installEventFilter(new PopupEscape(this));
+    selector->setStyleSheet(selectorStyle(m_scale));
 }
 
 // Beyond the mouse: what a keyboard and a screen reader need, without a control of its own.
@@ -316,7 +318,6 @@ void MainWindow::setUpKeyboard()
                 });
     connect(ui->tableWidget_detailinfo, &RowTable::rowChosen, this,
             &MainWindow::on_tableWidget_detailinfo_clicked);
-    ui->comboBox_selection->view()->installEventFilter(new PopupEscape(this));
     ui->tabWidget->setFocus();
     new FocusMark(this);
 }
