@@ -275,10 +275,12 @@ void MainWindow::setUpBoxes()
 void MainWindow::setUpSelector()
 {
     QComboBox *selector = ui->comboBox_selection;
+    selector->setView(new QListView(selector)); // the items' style applies to no other view
     selector->setGeometry(placed(kSelector, m_scale));
     for (const QLatin1String key :
          {text_keys::kShowAll, text_keys::kShowBasicFields, text_keys::kShowExtensions})
         selector->addItem(texts::shown(key));
+    selector->setStyleSheet(selectorStyle(m_scale));
 }
 
 void MainWindow::dress(TextBox *box)
@@ -287,19 +289,16 @@ void MainWindow::dress(TextBox *box)
     box->verticalScrollBar()->setStyleSheet(boxScrollBarStyle(m_scale));
 }
 
-// Before the page is first shown: 1 in 20 of a start, which shows the other one.
+// Before the page is first shown: 1 in 50 of a start, which shows the other one. Not so the selector,
+// whose list has another frame when it is dressed later.
 void MainWindow::dressDetails()
 {
     QTableWidget *table = ui->tableWidget_detailinfo;
-    QComboBox *selector = ui->comboBox_selection;
     ui->label_2_notice->setStyleSheet(textStyle(m_scale));
     table->horizontalHeader()->setStyleSheet(tableHeaderStyle());
     table->setStyleSheet(tableStyle(m_scale));
     table->verticalScrollBar()->setStyleSheet(tableScrollBarStyle(m_scale));
     dress(ui->plainTextEdit_detail_2);
-    selector->setView(new QListView(selector)); // the items' style applies to no other view
-    selector->view()->installEventFilter(new PopupEscape(this));
-    selector->setStyleSheet(selectorStyle(m_scale));
 }
 
 // Beyond the mouse: what a keyboard and a screen reader need, without a control of its own.
@@ -318,6 +317,7 @@ void MainWindow::setUpKeyboard()
                 });
     connect(ui->tableWidget_detailinfo, &RowTable::rowChosen, this,
             &MainWindow::on_tableWidget_detailinfo_clicked);
+    ui->comboBox_selection->view()->installEventFilter(new PopupEscape(this));
     ui->tabWidget->setFocus();
     new FocusMark(this);
 }

@@ -488,7 +488,6 @@ void TestAppWindow::table()
 void TestAppWindow::selector()
 {
     MainWindow window;
-    child<QTabWidget>(window, "tabWidget")->setCurrentIndex(1);
     auto *selector = child<QComboBox>(window, "comboBox_selection");
     QCOMPARE(selector->pos(), QPoint(80, 22));
     QCOMPARE(selector->width(), 181);
