@@ -501,6 +501,14 @@ void TestAppWindow::selector()
         QVERIFY(!selector->itemData(i).isValid());
     }
     QCOMPARE(selector->view()->metaObject()->className(), "QListView");
+
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    // Its list has none when it is dressed after the window was shown.
+    window.show();
+    child<QTabWidget>(window, "tabWidget")->setCurrentIndex(1);
+    const auto *list = qobject_cast<QFrame *>(selector->view()->parentWidget());
+    QCOMPARE(list->frameShape(), QFrame::StyledPanel);
+#endif
 }
 
 void TestAppWindow::boxes()
