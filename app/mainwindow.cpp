@@ -125,7 +125,6 @@ MainWindow::MainWindow(QWidget *parent)
     setUpButtons();
     setUpBoxes();
     setUpSelector();
-    ui->tab_2->beforeFirstShown([this] { dressDetails(); });
     ui->tabWidget->setCurrentIndex(0);
     setUpKeyboard();
     nameControls();
@@ -156,6 +155,7 @@ void MainWindow::setUpLabels()
     ui->label->setStyleSheet(textStyle(m_scale));
     ui->label->setText(texts::shown(text_keys::kLabelCertificate));
     ui->label_2_notice->setGeometry(placed(kNotice, m_scale));
+    ui->label_2_notice->setStyleSheet(textStyle(m_scale));
     ui->label_2_notice->setText(texts::shown(text_keys::kLabelShow));
 }
 
@@ -180,6 +180,7 @@ void MainWindow::setUpTable()
     QTableWidget *table = ui->tableWidget_detailinfo;
     QHeaderView *header = table->horizontalHeader();
     table->setColumnCount(kColumns);
+    header->setStyleSheet(tableHeaderStyle());
     table->setGeometry(placed(kTable, m_scale));
     header->setDefaultAlignment(Qt::AlignLeft);
     header->setHighlightSections(false);
@@ -191,8 +192,10 @@ void MainWindow::setUpTable()
     table->setColumnWidth(kNameColumn, table->width() / 5 * 2);
     header->setStretchLastSection(true);
     table->setShowGrid(false);
+    table->setStyleSheet(tableStyle(m_scale));
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->verticalScrollBar()->setStyleSheet(tableScrollBarStyle(m_scale));
     table->verticalHeader()->setVisible(false);
     header->setDisabled(true);
     table->verticalHeader()->setDisabled(true);
@@ -257,13 +260,14 @@ void MainWindow::setUpBoxes()
     };
     for (const auto &[box, place] : boxes) {
         box->setGeometry(placed(place, m_scale));
+        box->setStyleSheet(textStyle(m_scale));
+        box->verticalScrollBar()->setStyleSheet(boxScrollBarStyle(m_scale));
         box->setContextMenuPolicy(Qt::NoContextMenu);
         box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     }
     // Of the form's vertical line, only its two ends would be seen. A name of any direction stands
     // behind its label.
     for (TextBox *box : {ui->plainTextEdit_normal, ui->plainTextEdit_normal_2}) {
-        dress(box);
         box->setLineWidth(0);
         box->beginLinesLeft();
     }
@@ -281,24 +285,6 @@ void MainWindow::setUpSelector()
          {text_keys::kShowAll, text_keys::kShowBasicFields, text_keys::kShowExtensions})
         selector->addItem(texts::shown(key));
     selector->setStyleSheet(selectorStyle(m_scale));
-}
-
-void MainWindow::dress(TextBox *box)
-{
-    box->setStyleSheet(textStyle(m_scale));
-    box->verticalScrollBar()->setStyleSheet(boxScrollBarStyle(m_scale));
-}
-
-// Before the page is first shown: 1 in 50 of a start, which shows the other one. Not so the selector,
-// whose list has another frame when it is dressed later.
-void MainWindow::dressDetails()
-{
-    QTableWidget *table = ui->tableWidget_detailinfo;
-    ui->label_2_notice->setStyleSheet(textStyle(m_scale));
-    table->horizontalHeader()->setStyleSheet(tableHeaderStyle());
-    table->setStyleSheet(tableStyle(m_scale));
-    table->verticalScrollBar()->setStyleSheet(tableScrollBarStyle(m_scale));
-    dress(ui->plainTextEdit_detail_2);
 }
 
 // Beyond the mouse: what a keyboard and a screen reader need, without a control of its own.

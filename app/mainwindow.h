@@ -16,7 +16,6 @@ class QLabel;
 class QModelIndex;
 class QMouseEvent;
 class QPaintEvent;
-class TextBox;
 class Ui_MainWindow;
 
 /// A buffer of one octet and its owner. Part of the published interface; deliberately used by
@@ -82,8 +81,6 @@ private:
     void setUpButtons();
     void setUpBoxes();
     void setUpSelector();
-    void dress(TextBox *box);
-    void dressDetails();
     void setUpKeyboard();
     void nameControls();
 

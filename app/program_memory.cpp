@@ -12,13 +12,19 @@ namespace {
 
 using Segment = ElfW(Phdr);
 
+// The program itself may have been unpacked to where it lies: then it is in no file.
+bool isLibrary(const dl_phdr_info &object)
+{
+    return object.dlpi_name && *object.dlpi_name;
+}
+
 bool isOnlyRead(const Segment &segment)
 {
     constexpr std::size_t kLarge = 200 * 1024; // a call for less gains nothing
     return segment.p_type == PT_LOAD && segment.p_flags == PF_R && segment.p_memsz > kLarge;
 }
 
-// Linking wrote to what is only read since: that is in no file.
+// Linking wrote to what is only read since.
 bool wasRelocated(const dl_phdr_info &object, const Segment &segment)
 {
     if (segment.p_type != PT_DYNAMIC)
@@ -32,19 +38,22 @@ bool wasRelocated(const dl_phdr_info &object, const Segment &segment)
     return false;
 }
 
+// Whole pages, for a part that is written to may share those at the ends.
 void giveBack(ElfW(Addr) begin, std::size_t size)
 {
     const auto page = static_cast<ElfW(Addr)>(::sysconf(_SC_PAGESIZE));
-    const ElfW(Addr) first = begin / page * page;
-    ::madvise(reinterpret_cast<void *>(first), begin + size - first, MADV_DONTNEED);
+    const ElfW(Addr) first = (begin + page - 1) / page * page;
+    const ElfW(Addr) end = (begin + size) / page * page;
+    ::madvise(reinterpret_cast<void *>(first), end - first, MADV_DONTNEED);
 }
 
 int giveBackObject(dl_phdr_info *object, std::size_t /*size*/, void * /*nothing*/)
 {
     const Segment *const first = object->dlpi_phdr;
     const Segment *const end = first + object->dlpi_phnum;
-    if (std::any_of(first, end,
-                    [&](const Segment &segment) { return wasRelocated(*object, segment); }))
+    if (!isLibrary(*object) || std::any_of(first, end, [&](const Segment &segment) {
+            return wasRelocated(*object, segment);
+        }))
         return 0;
     std::for_each(first, end, [&](const Segment &segment) {
         if (isOnlyRead(segment))

@@ -7,9 +7,9 @@ namespace program_memory {
 /// cleared anew for the next picture, 1 in 6 of the start's page faults. To be called first.
 void keepFreed();
 
-/// Gives back the large parts of the program's and its libraries' files that are only read, mostly
-/// what linking and the first pictures asked of them: a tenth of what the program takes then. What
-/// is asked for again is there again, from the system's cache of the files.
+/// Gives back the large parts of the libraries' files that are only read, mostly what linking asked
+/// of them: a tenth of what the program takes then. What is asked for again is there again, from
+/// the system's cache of the files; nobody may have written to these parts, as linking may.
 void giveBackFiles();
 
 } // namespace program_memory

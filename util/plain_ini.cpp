@@ -79,14 +79,29 @@ void splitNames(QStringView section, QStringView key, QStringView (&names)[3], i
     }
 }
 
+// Without marks of the byte order, and without replacements, which what is no UTF-8 becomes. In
+// pieces, of whole lines, for memory's sake.
+bool isPlainUtf8(const QByteArray &content)
+{
+    constexpr int kPiece = 16 * 1024;
+    using Place = decltype(content.size());
+    bool isPlain = !content.startsWith("\xEF\xBB\xBF");
+    for (Place from = 0; isPlain && from < content.size();) {
+        const Place line = content.indexOf('\n', from + kPiece);
+        const Place end = line < 0 ? content.size() : line;
+        const QString piece = QString::fromUtf8(content.constData() + from, end - from);
+        isPlain =
+            !piece.contains(QChar::ByteOrderMark) && !piece.contains(QChar::ReplacementCharacter);
+        from = end;
+    }
+    return isPlain;
+}
+
 } // namespace
 
 bool PlainIni::read(const QByteArray &content)
 {
-    // What is no UTF-8 becomes a replacement.
-    const QString text = QString::fromUtf8(content.constData(), content.size());
-    if (content.startsWith("\xEF\xBB\xBF") || text.contains(QChar::ByteOrderMark) ||
-        text.contains(QChar::ReplacementCharacter))
+    if (!isPlainUtf8(content))
         return false;
     m_content = content;
     Section *section = nullptr;

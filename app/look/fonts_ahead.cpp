@@ -1,8 +1,12 @@
 #include "app/look/fonts_ahead.h"
 
 #include <clocale>
+#include <dlfcn.h>
 #include <fontconfig/fontconfig.h>
 #include <QByteArray>
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
 #include <QLibrary>
 #include <QString>
 #include <QtGlobal>
@@ -15,6 +19,17 @@ bool mayUseX11()
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     return !qEnvironmentVariableIsEmpty("DISPLAY") &&
            (platform.isEmpty() || platform.startsWith("xcb"));
+}
+
+// Beside the toolkit's other libraries, as its plug-in finds it too: one from elsewhere may be of
+// another version.
+QString displayLibrary()
+{
+    Dl_info gui = {};
+    if (::dladdr(reinterpret_cast<void *>(&QGuiApplication::sync), &gui) == 0)
+        return {};
+    return QFileInfo(QFile::decodeName(gui.dli_fname)).path() +
+           QStringLiteral("/libQt%1XcbQpa.so.%1").arg(QT_VERSION_MAJOR);
 }
 
 // None when the program may run on one processor only.
@@ -38,7 +53,7 @@ void *read(void * /*nothing*/)
 FontsAhead::FontsAhead()
 {
     if (mayUseX11())
-        QLibrary(QStringLiteral("Qt%1XcbQpa").arg(QT_VERSION_MAJOR), QT_VERSION_MAJOR).load();
+        QLibrary(displayLibrary()).load();
     std::setlocale(LC_ALL, ""); // which decides how numbers are read, and must not change meanwhile
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
@@ -48,7 +63,10 @@ FontsAhead::FontsAhead()
     if (CPU_COUNT(&others) > 0)
         pthread_attr_setaffinity_np(&attributes, sizeof others, &others);
     pthread_t reader = {};
-    if (pthread_create(&reader, &attributes, read, nullptr) == 0)
+    const auto begins = [&](const pthread_attr_t *how) {
+        return pthread_create(&reader, how, read, nullptr) == 0;
+    };
+    if (begins(&attributes) || begins(nullptr)) // processors may not be ours to choose
         m_reader = reader;
     pthread_attr_destroy(&attributes);
 }

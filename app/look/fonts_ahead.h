@@ -4,14 +4,15 @@
 #include <pthread.h>
 
 /// Reads which fonts there are, a tenth of the start, on another processor if there is one, while
-/// the application object is made. Nobody sets a variable of the environment meanwhile.
+/// the application object is made. The program sets no variable of the environment meanwhile; the
+/// toolkit takes one away that a launcher set, and that fonts have nothing to do with.
 class FontsAhead
 {
 public:
     /// Begins, in the user's locale, as the application object will. What that speaks to an X
-    /// server with is loaded before, unless another display is asked for: linking writes to
-    /// hundreds of pages, and once another processor runs the program as well, each of them waits
-    /// for it.
+    /// server with is loaded before, unless the environment asks for another display: linking
+    /// writes to hundreds of pages, and once another processor runs the program as well, each of
+    /// them waits for it.
     FontsAhead();
     /// Waits as well.
     ~FontsAhead();

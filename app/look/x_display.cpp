@@ -86,7 +86,7 @@ void XDisplay::watchCompositor() const
     constexpr uint32_t kChanges = XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                                   XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                                   XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE;
-    // Asked together, for what will be asked one by one.
+    // Asked together, for what will be asked one by one, the second where nobody composes.
     xcb_prefetch_extension_data(m_connection, &xcb_xfixes_id);
     xcb_prefetch_extension_data(m_connection, &xcb_shape_id);
     if (!isConnected() || !hasExtension(m_connection, &xcb_xfixes_id))

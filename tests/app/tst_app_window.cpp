@@ -58,22 +58,6 @@ QImage drawnByHand(const QPixmap &pixmap)
     return image;
 }
 
-// What a widget's style sheet is at the moment it is shown.
-class SheetWhenShown : public QObject
-{
-public:
-    explicit SheetWhenShown(QWidget *widget) { widget->installEventFilter(this); }
-
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (event->type() == QEvent::Show)
-            sheet = static_cast<QWidget *>(watched)->styleSheet();
-        return false;
-    }
-
-    QString sheet;
-};
-
 QImage withoutChildren(MainWindow &window)
 {
     QImage image(window.size(), QImage::Format_ARGB32_Premultiplied);
@@ -103,7 +87,6 @@ private slots:
     void twoLinesShareAName();
     void buttonsAndCaption();
     void buttonsAreNotNamedAsTheirStylesSay();
-    void secondPageIsDressedAsItIsShown();
     void styleSheets_data();
     void styleSheets();
     void table();
@@ -369,29 +352,11 @@ void TestAppWindow::buttonsAreNotNamedAsTheirStylesSay()
     QCOMPARE(bottomButton(window)->objectName(), QString());
 }
 
-// A start shows the first page alone. Whatever the second one does as it is shown, it is dressed.
-void TestAppWindow::secondPageIsDressedAsItIsShown()
-{
-    MainWindow window;
-    window.show();
-    auto *table = child<QTableWidget>(window, "tableWidget_detailinfo");
-    QVERIFY(table->styleSheet().isEmpty());
-    const SheetWhenShown shown(table);
-    auto *pages = child<QTabWidget>(window, "tabWidget");
-    pages->setCurrentIndex(1);
-    QVERIFY(!shown.sheet.isEmpty());
-    table->setStyleSheet(QString()); // which stays so: a page is dressed once
-    pages->setCurrentIndex(0);
-    pages->setCurrentIndex(1);
-    QVERIFY(table->styleSheet().isEmpty());
-}
-
 void TestAppWindow::styleSheets_data()
 {
     QTest::addColumn<QString>("actual");
     QTest::addColumn<QString>("expected");
     MainWindow window;
-    child<QTabWidget>(window, "tabWidget")->setCurrentIndex(1);
     const auto add = [](const char *name, const QWidget *widget, const char *expected) {
         QTest::newRow(name) << widget->styleSheet() << QString::fromLatin1(expected);
     };

@@ -15,8 +15,8 @@ using Ask = int (*)();
 class LargeLibrary
 {
 public:
-    explicit LargeLibrary(const char *kind)
-        : m_library(QLatin1String(PX_BINARY_DIR "/tests/large/") + QLatin1String(kind) +
+    explicit LargeLibrary(const char *name)
+        : m_library(QLatin1String(PX_BINARY_DIR "/tests/large/") + QLatin1String(name) +
                     QLatin1String(".so"))
     {
         m_library.load();
@@ -74,9 +74,11 @@ void TestAppProgramMemory::whatIsOnlyReadIsGivenBack()
     LargeLibrary library("plain");
     QVERIFY(library.isLoaded());
     QCOMPARE(library.sum("readOnly"), 1 + 2 + 3);
-    QVERIFY(residentKibibytes(library.part("readOnly")) >= kKibibytes);
+    const char *part = library.part("readOnly"); // asked again, it is looked for in the file
+    QVERIFY(residentKibibytes(part) >= kKibibytes);
     program_memory::giveBackFiles();
-    QCOMPARE(residentKibibytes(library.part("readOnly")), 0);
+    const int resident = residentKibibytes(part);
+    QVERIFY2(resident >= 0 && resident < kKibibytes / 4, qPrintable(QString::number(resident)));
     QCOMPARE(library.sum("readOnly"), 1 + 2 + 3);
     QCOMPARE(library.ask(), 42);
 }
