@@ -299,7 +299,7 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("build")
     parser.add_argument("parts", nargs="*", choices=[[], *PARTS])
-    parser.add_argument("--rounds", type=int, default=25)
+    parser.add_argument("--rounds", type=int, default=41)
     arguments = parser.parse_args()
     print(f"Machine: {machine()}; load {os.getloadavg()[0]:.1f} when it began.  \n"
           f"Versions: {versions()}.\n")
