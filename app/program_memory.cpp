@@ -12,6 +12,13 @@ namespace {
 
 using Segment = ElfW(Phdr);
 
+// Where an address in the object's file lies, counted from a place that is known.
+const char *placeOf(const dl_phdr_info &object, ElfW(Addr) address)
+{
+    const auto *known = reinterpret_cast<const char *>(object.dlpi_phdr);
+    return known + (object.dlpi_addr + address - reinterpret_cast<ElfW(Addr)>(known));
+}
+
 // The program itself may have been unpacked to where it lies: then it is in no file.
 bool isLibrary(const dl_phdr_info &object)
 {
@@ -20,7 +27,7 @@ bool isLibrary(const dl_phdr_info &object)
 
 bool isOnlyRead(const Segment &segment)
 {
-    constexpr std::size_t kLarge = 200 * 1024; // a call for less gains nothing
+    constexpr std::size_t kLarge = std::size_t{200} * 1024; // a call for less gains nothing
     return segment.p_type == PT_LOAD && segment.p_flags == PF_R && segment.p_memsz > kLarge;
 }
 
@@ -29,7 +36,7 @@ bool wasRelocated(const dl_phdr_info &object, const Segment &segment)
 {
     if (segment.p_type != PT_DYNAMIC)
         return false;
-    const auto *entry = reinterpret_cast<const ElfW(Dyn) *>(object.dlpi_addr + segment.p_vaddr);
+    const auto *entry = reinterpret_cast<const ElfW(Dyn) *>(placeOf(object, segment.p_vaddr));
     for (; entry->d_tag != DT_NULL; ++entry) {
         if (entry->d_tag == DT_TEXTREL ||
             (entry->d_tag == DT_FLAGS && (entry->d_un.d_val & DF_TEXTREL) != 0))
@@ -39,12 +46,12 @@ bool wasRelocated(const dl_phdr_info &object, const Segment &segment)
 }
 
 // Whole pages, for a part that is written to may share those at the ends.
-void giveBack(ElfW(Addr) begin, std::size_t size)
+void giveBack(const char *begin, std::size_t size)
 {
-    const auto page = static_cast<ElfW(Addr)>(::sysconf(_SC_PAGESIZE));
-    const ElfW(Addr) first = (begin + page - 1) / page * page;
-    const ElfW(Addr) end = (begin + size) / page * page;
-    ::madvise(reinterpret_cast<void *>(first), end - first, MADV_DONTNEED);
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    const std::size_t before = (page - reinterpret_cast<std::size_t>(begin) % page) % page;
+    if (size > before)
+        ::madvise(const_cast<char *>(begin + before), (size - before) / page * page, MADV_DONTNEED);
 }
 
 int giveBackObject(dl_phdr_info *object, std::size_t /*size*/, void * /*nothing*/)
@@ -57,7 +64,7 @@ int giveBackObject(dl_phdr_info *object, std::size_t /*size*/, void * /*nothing*
         return 0;
     std::for_each(first, end, [&](const Segment &segment) {
         if (isOnlyRead(segment))
-            giveBack(object->dlpi_addr + segment.p_vaddr, segment.p_memsz);
+            giveBack(placeOf(*object, segment.p_vaddr), segment.p_memsz);
     });
     return 0;
 }

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-constexpr std::size_t kSize = 400 * 1024;
+constexpr std::size_t kSize = std::size_t{400} * 1024;
 
 extern "C" {
 

@@ -8,6 +8,7 @@
 namespace {
 
 constexpr int kKibibytes = 400; // of each part of the library
+constexpr std::size_t kOctets = std::size_t{kKibibytes} * 1024;
 
 using Ask = int (*)();
 
@@ -29,7 +30,7 @@ public:
     int sum(const char *name)
     {
         const char *begin = part(name);
-        return std::accumulate(begin, begin + kKibibytes * 1024, 0);
+        return std::accumulate(begin, begin + kOctets, 0);
     }
 
 private:
@@ -42,10 +43,10 @@ int residentKibibytes(const void *address)
     QFile file(QStringLiteral("/proc/self/smaps"));
     if (!file.open(QIODevice::ReadOnly))
         return -1;
-    const QByteArray text = file.readAll();
+    const QList<QByteArray> lines = file.readAll().split('\n');
     const auto wanted = reinterpret_cast<quintptr>(address);
     bool isIn = false;
-    for (const QByteArray &line : text.split('\n')) {
+    for (const QByteArray &line : lines) {
         const int dash = static_cast<int>(line.indexOf('-'));
         const int blank = static_cast<int>(line.indexOf(' '));
         if (dash > 0 && blank > dash)
@@ -87,7 +88,7 @@ void TestAppProgramMemory::whatIsWrittenStays()
 {
     LargeLibrary library("plain");
     QVERIFY(library.isLoaded());
-    library.part("written")[kKibibytes * 1024 - 1] = 7;
+    library.part("written")[kOctets - 1] = 7;
     program_memory::giveBackFiles();
     QCOMPARE(library.sum("written"), 4 + 5 + 6 + 7);
 }
