@@ -10,7 +10,8 @@
 
 /// The texts of an INI file in UTF-8 that is as plain as the shipped one, exactly as `QSettings`
 /// reads them: that takes milliseconds for what is done here in tenths. A plain file has comments,
-/// sections, and texts that are quoted and hold nothing that is escaped.
+/// sections, and texts that are quoted and hold nothing that is escaped; and nowhere a mark of the
+/// byte order, a replacement or what is no UTF-8.
 class PlainIni
 {
 public:
