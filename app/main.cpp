@@ -1,3 +1,4 @@
+#include "app/beside.h"
 #include "app/descriptors.h"
 #include "app/instance/hand_over.h"
 #include "app/instance/qtsingleapplication.h"
@@ -22,6 +23,13 @@ static void settleProcess()
     std::signal(SIGPIPE, SIG_IGN);
     program_memory::keepFreed();
     rememberStartDirectory();
+}
+
+// What the start would wait for, while the application object is made.
+static void workAhead()
+{
+    program_memory::fillRoom();
+    fonts_ahead::readConfiguration();
 }
 
 static bool isLeftToAnother(QtSingleApplication &application, const QString &message)
@@ -76,14 +84,17 @@ int main(int argc, char *argv[])
     program_look::chooseDisplay();
     program_look::leaveOutTheUnused();
     ScreenScale scale({window_style::kWidth, window_style::kHeight});
-    FontsAhead fonts;
+    fonts_ahead::prepare();
+    program_memory::makeRoom();
+    Beside ahead(workAhead);
     std::optional<QtSingleApplication> application;
     do {
         application.emplace(id, argc, argv);
-        fonts.wait();
+        ahead.wait();
     } while (scale.isWrong());
     if (isLeftToAnother(*application, message))
         return 0;
+    const Beside listing(fonts_ahead::list);
     // Deliberate: nobody listens to messageReceived; the running window is not raised.
     QDir::setCurrent(QCoreApplication::applicationDirPath());
     QCoreApplication::addLibraryPath(QStringLiteral("plugins"));

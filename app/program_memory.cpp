@@ -1,6 +1,7 @@
 #include "app/program_memory.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <link.h>
 #include <malloc.h>
 #include <sys/mman.h>
@@ -45,13 +46,13 @@ bool wasRelocated(const dl_phdr_info &object, const Segment &segment)
     return false;
 }
 
-// Whole pages, for a part that is written to may share those at the ends.
-void giveBack(const char *begin, std::size_t size)
+// Whole pages, for what lies beside may share those at the ends.
+void advise(const char *begin, std::size_t size, int advice)
 {
     const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
     const std::size_t before = (page - reinterpret_cast<std::size_t>(begin) % page) % page;
     if (size > before)
-        ::madvise(const_cast<char *>(begin + before), (size - before) / page * page, MADV_DONTNEED);
+        ::madvise(const_cast<char *>(begin + before), (size - before) / page * page, advice);
 }
 
 int giveBackObject(dl_phdr_info *object, std::size_t /*size*/, void * /*nothing*/)
@@ -64,10 +65,13 @@ int giveBackObject(dl_phdr_info *object, std::size_t /*size*/, void * /*nothing*
         return 0;
     std::for_each(first, end, [&](const Segment &segment) {
         if (isOnlyRead(segment))
-            giveBack(placeOf(*object, segment.p_vaddr), segment.p_memsz);
+            advise(placeOf(*object, segment.p_vaddr), segment.p_memsz, MADV_DONTNEED);
     });
     return 0;
 }
+
+constexpr std::size_t kRoom = std::size_t{1536} * 1024;
+const char *roomBegin = nullptr;
 
 } // namespace
 
@@ -78,6 +82,19 @@ void keepFreed()
     mallopt(M_MMAP_THRESHOLD, 4 * kMebibyte);
     mallopt(M_TRIM_THRESHOLD, 8 * kMebibyte);
 #endif
+}
+
+void makeRoom()
+{
+    void *room = std::malloc(kRoom);
+    roomBegin = static_cast<const char *>(room);
+    std::free(room); // and kept
+}
+
+void fillRoom()
+{
+    if (roomBegin)
+        advise(roomBegin, kRoom, MADV_POPULATE_WRITE);
 }
 
 void giveBackFiles()

@@ -7,6 +7,14 @@ namespace program_memory {
 /// cleared anew for the next picture, 1 in 6 of the start's page faults. To be called first.
 void keepFreed();
 
+/// Asks the system for the heap's next 1.5 MB, which each start takes, in one go.
+void makeRoom();
+
+/// Has the system put memory where room was made, page by page, which the start would wait for, as
+/// often as it comes to a page: to be done on another processor, beside it. What is in use already
+/// stays as it is.
+void fillRoom();
+
 /// Gives back the large parts of the libraries' files that are only read, mostly what linking asked
 /// of them: a tenth of what the program takes then. What is asked for again is there again, from
 /// the system's cache of the files; nobody may have written to these parts, as linking may.

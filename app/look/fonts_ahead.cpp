@@ -6,11 +6,13 @@
 #include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
+#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QLibrary>
 #include <QString>
 #include <QtGlobal>
-#include <sched.h>
+
+namespace fonts_ahead {
 
 namespace {
 
@@ -32,53 +34,27 @@ QString displayLibrary()
            QStringLiteral("/libQt%1XcbQpa.so.%1").arg(QT_VERSION_MAJOR);
 }
 
-// None when the program may run on one processor only.
-cpu_set_t otherProcessors()
-{
-    cpu_set_t others;
-    CPU_ZERO(&others);
-    if (sched_getaffinity(0, sizeof others, &others) == 0)
-        CPU_CLR(static_cast<unsigned>(sched_getcpu()), &others);
-    return others;
-}
-
-void *read(void * /*nothing*/)
-{
-    FcInit();
-    return nullptr;
-}
-
 } // namespace
 
-FontsAhead::FontsAhead()
+void prepare()
 {
     if (mayUseX11())
         QLibrary(displayLibrary()).load();
-    std::setlocale(LC_ALL, ""); // which decides how numbers are read, and must not change meanwhile
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    // Left to itself, a new thread begins where its parent runs, and the two take turns there for
-    // most of the time it lives, while the other processor idles.
-    const cpu_set_t others = otherProcessors();
-    if (CPU_COUNT(&others) > 0)
-        pthread_attr_setaffinity_np(&attributes, sizeof others, &others);
-    pthread_t reader = {};
-    const auto begins = [&](const pthread_attr_t *how) {
-        return pthread_create(&reader, how, read, nullptr) == 0;
-    };
-    if (begins(&attributes) || begins(nullptr)) // processors may not be ours to choose
-        m_reader = reader;
-    pthread_attr_destroy(&attributes);
+    std::setlocale(LC_ALL, "");
 }
 
-FontsAhead::~FontsAhead()
+void readConfiguration()
 {
-    wait();
+    FcInit();
 }
 
-void FontsAhead::wait()
+void list()
 {
-    if (m_reader)
-        pthread_join(*m_reader, nullptr);
-    m_reader.reset();
+#if QT_VERSION_MAJOR >= 6
+    QFontDatabase::hasFamily({});
+#else
+    const QFontDatabase fonts;
+#endif
 }
+
+} // namespace fonts_ahead

@@ -1,28 +1,21 @@
 #pragma once
 
-#include <optional>
-#include <pthread.h>
+/// What fonts there are, found beside the rest of the start: a seventh of it.
+namespace fonts_ahead {
 
-/// Reads which fonts there are, a tenth of the start, on another processor if there is one, while
-/// the application object is made. The program sets no variable of the environment meanwhile; the
-/// toolkit takes one away that a launcher set, and that fonts have nothing to do with.
-class FontsAhead
-{
-public:
-    /// Begins, in the user's locale, as the application object will. What that speaks to an X
-    /// server with is loaded before, unless the environment asks for another display: linking
-    /// writes to hundreds of pages, and once another processor runs the program as well, each of
-    /// them waits for it.
-    FontsAhead();
-    /// Waits as well.
-    ~FontsAhead();
-    FontsAhead(const FontsAhead &) = delete;
-    FontsAhead &operator=(const FontsAhead &) = delete;
+/// Settles what must not change while another processor runs the program as well: the locale, which
+/// decides how numbers are read, is the user's, as the application object will have it; and what
+/// speaks to an X server is loaded, unless the environment asks for another display, for linking
+/// writes to hundreds of pages, and each of them would wait for the other processor.
+void prepare();
 
-    /// Up to the end; again at no cost. To be called before the toolkit needs a font, or it would
-    /// begin anew, as it does where no thread is to be had.
-    void wait();
+/// Reads the fonts' configuration. It is to be read before the toolkit needs a font, or that would
+/// begin anew. The program sets no variable of the environment meanwhile; the toolkit takes one
+/// away that a launcher set, and that fonts have nothing to do with.
+void readConfiguration();
 
-private:
-    std::optional<pthread_t> m_reader;
-};
+/// Has the toolkit list the fonts, as it would for its first text; who needs one waits. While there
+/// is an application object.
+void list();
+
+} // namespace fonts_ahead

@@ -1,9 +1,15 @@
 #include "app/program_memory.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
 #include <numeric>
 #include <QFile>
 #include <QLibrary>
 #include <QTest>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -58,6 +64,47 @@ int residentKibibytes(const void *address)
     return -1;
 }
 
+std::size_t pageSize()
+{
+    return static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+}
+
+// Of the whole pages that the memory holds.
+double residentShare(const void *begin, std::size_t size)
+{
+    const std::size_t page = pageSize();
+    const auto place = reinterpret_cast<std::size_t>(begin);
+    const std::size_t before = (page - place % page) % page;
+    std::vector<unsigned char> states((size - before) / page);
+    void *first = const_cast<char *>(static_cast<const char *>(begin) + before);
+    if (::mincore(first, states.size() * page, states.data()) != 0)
+        return -1;
+    const auto there =
+        std::count_if(states.begin(), states.end(), [](unsigned char state) { return state & 1; });
+    return double(there) / double(states.size());
+}
+
+// Systems before Linux 5.14 don't.
+bool canPopulate()
+{
+    void *page =
+        ::mmap(nullptr, pageSize(), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    const bool can = ::madvise(page, pageSize(), MADV_POPULATE_WRITE) == 0;
+    ::munmap(page, pageSize());
+    return can;
+}
+
+struct Freed
+{
+    void operator()(void *memory) const { std::free(memory); }
+};
+using Memory = std::unique_ptr<char, Freed>;
+
+Memory memoryOf(std::size_t size)
+{
+    return Memory(static_cast<char *>(std::malloc(size)));
+}
+
 } // namespace
 
 class TestAppProgramMemory : public QObject
@@ -65,10 +112,34 @@ class TestAppProgramMemory : public QObject
     Q_OBJECT
 
 private slots:
+    void roomIsFilled();
     void whatIsOnlyReadIsGivenBack();
     void whatIsWrittenStays();
     void whatLinkingWroteToStays();
 };
+
+void TestAppProgramMemory::roomIsFilled()
+{
+#ifdef __SANITIZE_ADDRESS__
+    QSKIP("the sanitizer has a heap of its own");
+#endif
+    if (!canPopulate())
+        QSKIP("the system cannot");
+    program_memory::keepFreed();
+    program_memory::fillRoom(); // which is not there yet
+    program_memory::makeRoom();
+    constexpr std::size_t kUsed = std::size_t{64} * 1024;
+    constexpr std::size_t kLeft = std::size_t{1400} * 1024;
+    const Memory used = memoryOf(kUsed);
+    std::fill_n(used.get(), kUsed, 'x');
+    program_memory::fillRoom();
+    const Memory left = memoryOf(kLeft);
+    QCOMPARE(residentShare(left.get(), kLeft), 1.0);
+    const Memory further = memoryOf(kLeft);
+    const double share = residentShare(further.get(), kLeft);
+    QVERIFY2(share >= 0 && share < 0.1, qPrintable(QString::number(share)));
+    QCOMPARE(std::count(used.get(), used.get() + kUsed, 'x'), std::ptrdiff_t{kUsed});
+}
 
 void TestAppProgramMemory::whatIsOnlyReadIsGivenBack()
 {

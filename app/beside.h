@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <pthread.h>
+
+/// Work that is done on another processor, if there is one, beside what follows: only what would be
+/// done all the same, for where no thread is to be had it is left undone.
+class Beside
+{
+public:
+    /// Begins.
+    explicit Beside(void (*work)());
+    /// Waits as well.
+    ~Beside();
+    Beside(const Beside &) = delete;
+    Beside &operator=(const Beside &) = delete;
+
+    /// Up to the end; again at no cost.
+    void wait();
+
+private:
+    static void *run(void *self);
+
+    void (*m_work)();
+    std::optional<pthread_t> m_thread;
+};
