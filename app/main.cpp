@@ -85,7 +85,7 @@ int main(int argc, char *argv[])
     program_look::leaveOutTheUnused();
     ScreenScale scale({window_style::kWidth, window_style::kHeight});
     fonts_ahead::prepare();
-    program_memory::makeRoom();
+    program_memory::makeRoom(); // beyond what linking took
     Beside ahead(workAhead);
     std::optional<QtSingleApplication> application;
     do {

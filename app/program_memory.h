@@ -10,9 +10,9 @@ void keepFreed();
 /// Asks the system for the heap's next 1.5 MB, which each start takes, in one go.
 void makeRoom();
 
-/// Has the system put memory where room was made, page by page, which the start would wait for, as
-/// often as it comes to a page: to be done on another processor, beside it. What is in use already
-/// stays as it is.
+/// Has the system put memory there, as it would page by page, with the start waiting for it each
+/// time: to be done on another processor, beside the start. What is in use already stays as it is.
+/// Does nothing before Linux 5.14, or where no room was to be had.
 void fillRoom();
 
 /// Gives back the large parts of the libraries' files that are only read, mostly what linking asked

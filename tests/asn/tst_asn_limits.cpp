@@ -176,8 +176,8 @@ private slots:
         const Cost two = costOf(input(2 * size), work);
         qInfo("%.3f s, %.3f s; %.0f KiB, %.0f KiB", one.seconds, two.seconds, one.octets / 1024,
               two.octets / 1024);
-        // What is quadratic takes four times as long. Where little is to do, the clock is coarse, and
-        // the system may take longer for the memory than the work: 30 ms instead of 5 were seen.
+        // What is quadratic takes four times as long. Where little is to do, the clock is coarse,
+        // and the system may take longer for the memory than the work does: 30 ms were seen.
         QVERIFY2(two.seconds < 3 * one.seconds + 0.05,
                  qPrintable(QStringLiteral("%1 s, %2 s").arg(one.seconds).arg(two.seconds)));
         QVERIFY2(two.octets < 2.5 * one.octets + 65536,
