@@ -3,8 +3,8 @@
 #include <optional>
 #include <pthread.h>
 
-/// Work that is done on another processor, if there is one, beside what follows: only what would be
-/// done all the same, for where no thread is to be had it is left undone.
+/// Work that is done on another processor, if there is one, beside what follows. It throws nothing,
+/// and would be done later all the same: where no thread is to be had it is left undone.
 class Beside
 {
 public:

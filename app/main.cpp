@@ -85,7 +85,7 @@ int main(int argc, char *argv[])
     program_look::leaveOutTheUnused();
     ScreenScale scale({window_style::kWidth, window_style::kHeight});
     fonts_ahead::prepare();
-    program_memory::makeRoom(); // beyond what linking took
+    program_memory::makeRoom(); // linking has taken its part
     Beside ahead(workAhead);
     std::optional<QtSingleApplication> application;
     do {

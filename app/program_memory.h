@@ -7,12 +7,13 @@ namespace program_memory {
 /// cleared anew for the next picture, 1 in 6 of the start's page faults. To be called first.
 void keepFreed();
 
-/// Asks the system for the heap's next 1.5 MB, which each start takes, in one go.
+/// Asks the system for the heap's next 1.5 MB, which each start takes, in one go. To be called
+/// after keepFreed(), or it gives them back.
 void makeRoom();
 
-/// Has the system put memory there, as it would page by page, with the start waiting for it each
-/// time: to be done on another processor, beside the start. What is in use already stays as it is.
-/// Does nothing before Linux 5.14, or where no room was to be had.
+/// Has the system put memory behind that room at once: otherwise the start waits for it at each
+/// page. To be done on another processor, therefore. What is in use already stays as it is. Does
+/// nothing before Linux 5.14, or where no room was to be had.
 void fillRoom();
 
 /// Gives back the large parts of the libraries' files that are only read, mostly what linking asked

@@ -161,8 +161,8 @@ function(px_add_test name)
     cmake_parse_arguments(arg "GUI" "TIMEOUT" "SOURCES;LINK" ${ARGN})
     px_kind_of(kind ${arg_LINK})
     list(GET arg_SOURCES 0 source)
-    # What replaces the C library's functions does so for one program alone.
-    file(STRINGS "${source}" replaced REGEX "__(wrap|libc)_|operator new\\(" LIMIT_COUNT 1)
+    # What replaces functions of libraries does so for one program alone.
+    file(STRINGS "${source}" replaced REGEX "__(wrap|libc)_|operator new\\(|dlsym\\(" LIMIT_COUNT 1)
     if(PX_TESTS_TOGETHER AND kind AND NOT replaced)
         px_add_together(together ${name} SOURCES ${arg_SOURCES} LINK ${arg_LINK})
         list(POP_FRONT arg_SOURCES)

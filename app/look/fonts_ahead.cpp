@@ -46,12 +46,14 @@ void prepare()
 void readConfiguration()
 {
     FcInit();
+    // An application object takes it along as it goes, and at some scales a second one follows.
+    FcConfigReference(nullptr);
 }
 
 void list()
 {
 #if QT_VERSION_MAJOR >= 6
-    QFontDatabase::hasFamily({});
+    QFontDatabase::isFixedPitch({}); // any question would do
 #else
     const QFontDatabase fonts;
 #endif

@@ -1,6 +1,8 @@
 #pragma once
 
-/// What fonts there are, found beside the rest of the start: a seventh of it.
+/// What fonts there are, found beside the rest of the start: a seventh of it. The program sets no
+/// variable of the environment meanwhile; the toolkit takes one away that a launcher set, and that
+/// fonts have nothing to do with.
 namespace fonts_ahead {
 
 /// Settles what must not change while another processor runs the program as well: the locale, which
@@ -9,9 +11,8 @@ namespace fonts_ahead {
 /// writes to hundreds of pages, and each of them would wait for the other processor.
 void prepare();
 
-/// Reads the fonts' configuration. It is to be read before the toolkit needs a font, or that would
-/// begin anew. The program sets no variable of the environment meanwhile; the toolkit takes one
-/// away that a launcher set, and that fonts have nothing to do with.
+/// Reads the fonts' configuration, for two application objects. To be done before the toolkit needs
+/// a font, or it reads the configuration once more.
 void readConfiguration();
 
 /// Has the toolkit list the fonts, as it would for its first text; who needs one waits. While there
